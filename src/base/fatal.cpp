@@ -1,0 +1,42 @@
+#include "base/fatal.h"
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+
+namespace lomir {
+
+void fatalError(std::string_view message, std::source_location where)
+{
+    std::fprintf(stderr, "Fatal error: %.*s (%s:%u)\n", int(message.size()), message.data(),
+                 where.file_name(), unsigned(where.line()));
+    std::fflush(stderr);
+    std::abort();
+}
+
+qint64 checkedInt64(double value, std::source_location where)
+{
+    // 2^63 is exactly representable; every double below it converts without overflow.
+    constexpr double limit = 9223372036854775808.0;
+    if (!std::isfinite(value) || value >= limit || value < -limit)
+        fatalError("Double value cannot be converted to Int64", where);
+    return static_cast<qint64>(value);
+}
+
+qint64 checkedAdd(qint64 a, qint64 b, std::source_location where)
+{
+    qint64 sum = 0;
+    if (__builtin_add_overflow(a, b, &sum))
+        fatalError("Arithmetic overflow", where);
+    return sum;
+}
+
+qint64 checkedMultiply(qint64 a, qint64 b, std::source_location where)
+{
+    qint64 product = 0;
+    if (__builtin_mul_overflow(a, b, &product))
+        fatalError("Arithmetic overflow", where);
+    return product;
+}
+
+} // namespace lomir

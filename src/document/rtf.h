@@ -1,0 +1,22 @@
+#pragma once
+
+#include "base/result.h"
+#include "document/richtext.h"
+
+#include <QByteArray>
+
+namespace lomir {
+
+// Error codes of the RTF reader, in the domain "LomirRtfErrorDomain".
+inline constexpr int kRtfNotRtf = 1;     // the bytes do not begin an RTF document
+inline constexpr int kRtfMalformed = 2;  // an RTF document that cannot be read
+
+// An RTF document in the flavour macOS's text system writes (\cocoartf), 7-bit
+// ASCII with every other character as \uN.
+QByteArray writeRtf(const RichText& text);
+
+// Reads RTF as TextEdit, Word, OpenOffice and LibreOffice write it. Never aborts,
+// whatever the bytes.
+Result<RichText> readRtf(const QByteArray& rtf);
+
+} // namespace lomir
