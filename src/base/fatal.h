@@ -1,9 +1,8 @@
 #pragma once
 
+#include <QtGlobal>
 #include <source_location>
 #include <string_view>
-
-#include <QtGlobal>
 
 namespace lomir {
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QString>
-
 #include <utility>
 #include <variant>
 
@@ -19,8 +18,7 @@ struct Error
 };
 
 // Either a value or the Error that kept it from being made.
-template <typename T>
-class [[nodiscard]] Result
+template <typename T> class [[nodiscard]] Result
 {
 public:
     Result(T value) : m_state(std::move(value)) {}

@@ -1,8 +1,8 @@
 #pragma once
 
+#include <QMetaType>
 #include <QString>
 #include <QtGlobal>
-
 #include <algorithm>
 #include <optional>
 #include <vector>
@@ -38,7 +38,14 @@ struct FontSpec
 };
 
 // Paragraph alignment, numbered as the rich-text archive and Core Text number it.
-enum class TextAlignment : int { Left = 0, Right = 1, Center = 2, Justified = 3, Natural = 4 };
+enum class TextAlignment : int
+{
+    Left = 0,
+    Right = 1,
+    Center = 2,
+    Justified = 3,
+    Natural = 4
+};
 
 // The paragraph attributes a label can carry. Lengths are in points.
 struct ParagraphStyle
@@ -118,8 +125,7 @@ public:
 
     // Calls visit(const TextAttributes&, int location, int length) for each run over
     // the range, clipped to it, without building a vector.
-    template <typename Visitor>
-    void forEachRun(int location, int length, Visitor&& visit) const;
+    template <typename Visitor> void forEachRun(int location, int length, Visitor&& visit) const;
 
     // The characters and attributes of a range.
     RichText mid(int location, int length) const;
@@ -140,8 +146,7 @@ public:
 
     // Calls change(TextAttributes&) on the attributes of every run over the range,
     // splitting runs at the range's ends; for adding or removing one attribute.
-    template <typename Change>
-    void modifyAttributes(int location, int length, Change&& change);
+    template <typename Change> void modifyAttributes(int location, int length, Change&& change);
 
     // Deletes the last user-perceived character (a whole grapheme cluster: an emoji
     // with its modifiers, a letter with its combining marks, a serial placeholder
@@ -198,3 +203,5 @@ void RichText::modifyAttributes(int location, int length, Change&& change)
 }
 
 } // namespace lomir
+
+Q_DECLARE_METATYPE(lomir::RichText)
