@@ -1,0 +1,37 @@
+#pragma once
+
+#include "base/result.h"
+#include "document/content.h"
+
+#include <QByteArray>
+#include <QString>
+
+namespace lomir {
+
+// The three document types, by the names that reading and writing dispatch on.
+inline constexpr QLatin1StringView kPlainTextType{"public.plain-text"};
+inline constexpr QLatin1StringView kRtfType{"public.rtf"};
+inline constexpr QLatin1StringView kLomirDocumentType{"com.brenvik.lomir-doc"};
+
+// A type name that is none of the three fails with code -4 in this domain.
+inline constexpr QLatin1StringView kOSStatusErrorDomain{"NSOSStatusErrorDomain"};
+inline constexpr int kUnsupportedTypeError = -4;
+
+// Files whose text cannot be taken in at all. The document layer stops the program
+// on these rather than opening a document with text that is not the file's.
+inline constexpr QLatin1StringView kUnreadableTextDomain{"LomirUnreadableTextDomain"};
+inline constexpr int kPlainTextNotUtf8 = 1;
+inline constexpr int kRtfUnreadable = 2;
+
+// The bytes of a file of the type. The own type writes the whole record; plain text
+// and RTF only its label text. The caller builds the record from the editor.
+Result<QByteArray> dataOfType(const Content& record, const QString& typeName);
+
+// Reads a file of the type into the record: the own type replaces the whole record,
+// plain text and RTF only its label text. On failure the record is left as it was.
+Status readFromData(const QByteArray& data, const QString& typeName, Content& record);
+
+// The type of a file name by its extension (.lomir, .txt, .rtf), or an empty string.
+QString typeForFileName(const QString& fileName);
+
+} // namespace lomir
