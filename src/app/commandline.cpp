@@ -1,0 +1,243 @@
+#include "app/commandline.h"
+
+#include "document/documentformats.h"
+
+#include <QFile>
+#include <QSaveFile>
+#include <QTextStream>
+#include <nlohmann/json.hpp>
+
+namespace lomir {
+
+namespace {
+
+using OrderedJson = nlohmann::ordered_json;
+
+QString usage()
+{
+    return QStringLiteral(
+        "Usage:\n"
+        "  lomir convert IN OUT     convert a label between .lomir, .txt and .rtf\n"
+        "  lomir inspect FILE       print a label document as JSON\n"
+        "  lomir --version          print the version\n"
+        "  lomir --help             print this help\n");
+}
+
+std::string utf8(const QString& text)
+{
+    return text.toStdString();
+}
+
+// Reads a label file of any of the three types into a record. Plain text and RTF
+// fill only the text of a default record, as opening them does.
+Result<Content> readLabelFile(const QString& path, const QString& type)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return Error{QStringLiteral("LomirFileErrorDomain"), int(file.error()),
+                     QStringLiteral("Cannot open “%1”: %2.").arg(path, file.errorString())};
+    Content record;
+    const Status read = readFromData(file.readAll(), type, record);
+    if (!read)
+        return Error{read.error().domain, read.error().code,
+                     QStringLiteral("Cannot read “%1”: %2").arg(path, read.error().message)};
+    return record;
+}
+
+Status writeFile(const QString& path, const QByteArray& data)
+{
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(data) != data.size() || !file.commit())
+        return Error{QStringLiteral("LomirFileErrorDomain"), int(file.error()),
+                     QStringLiteral("Cannot write “%1”: %2.").arg(path, file.errorString())};
+    return Done{};
+}
+
+// Line styles as the inspect output numbers them.
+int lineStyleNumber(int raw)
+{
+    switch (raw & 0xFF) {
+    case LineStyle::None:
+        return 0;
+    case LineStyle::Double:
+        return 2;
+    case LineStyle::Thick:
+        return 3;
+    default:
+        return 1;
+    }
+}
+
+OrderedJson colourJson(const std::optional<Rgba>& colour)
+{
+    return colour ? OrderedJson(utf8(colour->toHex())) : OrderedJson(nullptr);
+}
+
+const char* alignmentName(const std::optional<ParagraphStyle>& paragraph)
+{
+    switch (paragraph ? paragraph->alignment : TextAlignment::Natural) {
+    case TextAlignment::Left:
+        return "left";
+    case TextAlignment::Right:
+        return "right";
+    case TextAlignment::Center:
+        return "center";
+    case TextAlignment::Justified:
+        return "justified";
+    case TextAlignment::Natural:
+        break;
+    }
+    return "natural";
+}
+
+OrderedJson labelTextJson(const RichText& text)
+{
+    OrderedJson runs = OrderedJson::array();
+    for (const AttributeRun& run : text.runs()) {
+        const TextAttributes& attributes = run.attributes;
+        OrderedJson entry;
+        entry["location"] = run.location;
+        entry["length"] = run.length;
+        if (attributes.font) {
+            entry["font"] = attributes.font->postScriptName.isEmpty()
+                                ? OrderedJson(nullptr)
+                                : OrderedJson(utf8(attributes.font->postScriptName));
+            entry["family"] = utf8(attributes.font->family);
+            entry["size"] = attributes.font->pointSize;
+        } else {
+            entry["font"] = nullptr;
+            entry["family"] = nullptr;
+            entry["size"] = nullptr;
+        }
+        entry["bold"] = attributes.font && attributes.font->bold;
+        entry["italic"] = attributes.font && attributes.font->italic;
+        entry["underline"] = lineStyleNumber(attributes.underline);
+        entry["strikethrough"] = lineStyleNumber(attributes.strikethrough);
+        entry["foreground"] = colourJson(attributes.foreground);
+        entry["background"] = colourJson(attributes.background);
+        entry["alignment"] = alignmentName(attributes.paragraph);
+        runs.push_back(std::move(entry));
+    }
+    OrderedJson result;
+    result["string"] = utf8(text.string());
+    result["runs"] = std::move(runs);
+    return result;
+}
+
+template <typename T> OrderedJson optionalJson(const std::optional<T>& value)
+{
+    if (!value)
+        return nullptr;
+    if constexpr (std::is_same_v<T, QString>)
+        return utf8(*value);
+    else
+        return *value;
+}
+
+OrderedJson inspectJson(const QString& type, const Content& record)
+{
+    OrderedJson result;
+    result["type"] = utf8(type);
+    result["labelText"] = labelTextJson(record.labelText.nsAttributedString());
+    result["quantity"] = utf8(record.quantity);
+    result["serialStartFrom"] = optionalJson(record.serialStartFrom);
+    result["width"] = utf8(record.width);
+    result["height"] = utf8(record.height);
+    result["dimensions"] = record.dimensions;
+    result["metric"] = record.metric;
+    result["magnification"] = record.magnification;
+    result["outputSpacing"] = record.outputSpacing;
+    result["frameWidth"] = optionalJson(record.frameWidth);
+    result["frameHeight"] = optionalJson(record.frameHeight);
+    return result;
+}
+
+// The type of a file named on the command line, or a usage error naming it.
+Result<QString> typeOfArgument(const QString& path)
+{
+    const QString type = typeForFileName(path);
+    if (type.isEmpty())
+        return Error{QStringLiteral("LomirUsageDomain"), kExitUsage,
+                     QStringLiteral("Cannot tell the type of “%1”: name it .lomir, .txt or .rtf.")
+                         .arg(path)};
+    return type;
+}
+
+int convert(const QString& input, const QString& output, QTextStream& err)
+{
+    const Result<QString> inputType = typeOfArgument(input);
+    const Result<QString> outputType = typeOfArgument(output);
+    for (const Result<QString>* type : {&inputType, &outputType}) {
+        if (!*type) {
+            err << type->error().message << '\n';
+            return kExitUsage;
+        }
+    }
+    const Result<Content> record = readLabelFile(input, *inputType);
+    if (!record) {
+        err << record.error().message << '\n';
+        return kExitFailure;
+    }
+    const Result<QByteArray> data = dataOfType(*record, *outputType);
+    if (!data) {
+        err << QStringLiteral("Cannot convert “%1”: %2").arg(input, data.error().message) << '\n';
+        return kExitFailure;
+    }
+    const Status written = writeFile(output, *data);
+    if (!written) {
+        err << written.error().message << '\n';
+        return kExitFailure;
+    }
+    return kExitSuccess;
+}
+
+int inspect(const QString& path, QTextStream& out, QTextStream& err)
+{
+    const Result<QString> type = typeOfArgument(path);
+    if (!type) {
+        err << type.error().message << '\n';
+        return kExitUsage;
+    }
+    const Result<Content> record = readLabelFile(path, *type);
+    if (!record) {
+        err << record.error().message << '\n';
+        return kExitFailure;
+    }
+    out << QString::fromStdString(inspectJson(*type, *record).dump(2)) << '\n';
+    return kExitSuccess;
+}
+
+} // namespace
+
+bool isCommandLineInvocation(const QStringList& arguments)
+{
+    return !arguments.isEmpty();
+}
+
+int runCommandLine(const QStringList& arguments, QTextStream& out, QTextStream& err)
+{
+    const QString command = arguments.value(0);
+    if (command == u"--version" && arguments.size() == 1) {
+        out << QStringLiteral("Lomir %1\n").arg(QStringLiteral(LOMIR_VERSION));
+        return kExitSuccess;
+    }
+    if ((command == u"--help" || command == u"-h") && arguments.size() == 1) {
+        out << usage();
+        return kExitSuccess;
+    }
+    if (command == u"convert" && arguments.size() == 3)
+        return convert(arguments[1], arguments[2], err);
+    if (command == u"inspect" && arguments.size() == 2)
+        return inspect(arguments[1], out, err);
+
+    if (command == u"convert" || command == u"inspect")
+        err << QStringLiteral("“%1” takes %2; see “lomir --help”.\n")
+                   .arg(command, command == u"convert"
+                                     ? QStringLiteral("an input and an output file")
+                                     : QStringLiteral("one file"));
+    else
+        err << QStringLiteral("Unknown command “%1”; see “lomir --help”.\n").arg(command);
+    return kExitUsage;
+}
+
+} // namespace lomir

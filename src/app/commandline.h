@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QStringList>
+
+class QTextStream;
+
+namespace lomir {
+
+// Exit statuses of the command line.
+inline constexpr int kExitSuccess = 0;
+inline constexpr int kExitFailure = 1; // the command could not be carried out
+inline constexpr int kExitUsage = 2;   // the command was not understood
+
+// Whether the arguments (without the program name) ask for a command-line command
+// rather than the editor.
+bool isCommandLineInvocation(const QStringList& arguments);
+
+// Runs a command-line command: --version, --help, convert, inspect. Results go to out;
+// errors go to err as one sentence a user can act on. Needs no display.
+int runCommandLine(const QStringList& arguments, QTextStream& out, QTextStream& err);
+
+} // namespace lomir
