@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 #include <limits>
+#include <sys/resource.h>
 
 using namespace lomir;
 
@@ -96,6 +97,11 @@ ChildRun runInChild(const QString& caseName)
     QProcess child;
     child.setProgram(QCoreApplication::applicationFilePath());
     child.setArguments({QString::fromLatin1(kFatalCaseOption), caseName});
+    child.setChildProcessModifier([] {
+        // The child aborts on purpose: no core file for it.
+        const rlimit noCoreFile{0, 0};
+        setrlimit(RLIMIT_CORE, &noCoreFile);
+    });
     child.start();
     ChildRun run;
     run.finished = child.waitForFinished(60000);
