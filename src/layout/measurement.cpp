@@ -27,6 +27,8 @@ constexpr double kPixelsPerPoint = 100.0;
 // FreeType cannot make a face of 65536 pixels or more: very large type is laid out at
 // a lower resolution, chosen so that its largest font stays below that.
 constexpr double kLargestPixelSize = 60000.0;
+// The text system's default tab stops: every 28 points.
+constexpr double kTabInterval = 28.0;
 // Wider than any label; lines are never wrapped anyway.
 constexpr qreal kUnboundedLineWidth = 1.0e6;
 
@@ -102,6 +104,7 @@ public:
         QTextOption option;
         option.setWrapMode(QTextOption::NoWrap);
         option.setUseDesignMetrics(true);
+        option.setTabStopDistance(kTabInterval * m_pixelsPerPoint);
         layout.setTextOption(option);
 
         std::vector<LineMetrics> lines;

@@ -85,6 +85,8 @@ private Q_SLOTS:
     void widthMatchesAdvanceWidths();
     void widthScalesExactly_data();
     void widthScalesExactly();
+    void tabsStopEvery28Points_data();
+    void tabsStopEvery28Points();
     void mixedSizesInOneLine();
     void textHeight_data();
     void textHeight();
@@ -224,6 +226,30 @@ void TestMeasurement::widthScalesExactly()
     QVERIFY(small > 0.0);
     QVERIFY2(std::fabs(large / small - factor) < factor * 1e-4,
              qPrintable(exact(small) + QStringLiteral(" and ") + exact(large)));
+}
+
+void TestMeasurement::tabsStopEvery28Points_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<double>("tabEnd");
+    QTest::addColumn<QString>("after");
+
+    QTest::newRow("one tab") << QStringLiteral("a\tb") << 28.0 << QStringLiteral("b");
+    QTest::newRow("two tabs") << QStringLiteral("\t\tLot") << 56.0 << QStringLiteral("Lot");
+    QTest::newRow("text past the first stop")
+        << QStringLiteral("WWWWWWWWWWWWWWWWWWWWWWWWWWWWWWWWWW\tx") << 392.0 << QStringLiteral("x");
+}
+
+void TestMeasurement::tabsStopEvery28Points()
+{
+    QFETCH(QString, text);
+    QFETCH(double, tabEnd);
+    QFETCH(QString, after);
+
+    const double width = lomir::widestLineWidth(inArial(text, 12)) - 2.0;
+    const double expected = tabEnd + advanceWidth(QStringLiteral("Arial"), after, 12);
+    QVERIFY2(std::fabs(width - expected) < 0.01,
+             qPrintable(exact(width) + QStringLiteral(" vs ") + exact(expected)));
 }
 
 void TestMeasurement::mixedSizesInOneLine()
