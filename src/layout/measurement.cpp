@@ -66,10 +66,10 @@ public:
 
     // The face at its size in layout pixels, unhinted so that advances are the font's
     // design widths rather than widths snapped to pixels.
-    QFont font(const FontSpec& spec) const
+    QFont font(const FontSpec& face) const
     {
-        QFont font = toQFont(spec);
-        font.setPixelSize(std::max(1, int(std::lround(spec.pointSize * m_pixelsPerPoint))));
+        QFont font = toQFont(face);
+        font.setPixelSize(std::max(1, int(std::lround(face.pointSize * m_pixelsPerPoint))));
         font.setHintingPreference(QFont::PreferNoHinting);
         return font;
     }
