@@ -1,0 +1,921 @@
+// Reading keyed archives (NSKeyedArchiver) of rich text, colours and fonts, as macOS
+// and the writer in keyedarchive.cpp make them.
+//
+// The archive comes from outside (a document file, another program's settings), so
+// nothing in it is trusted: every reference is checked against the object table, every
+// value's type is checked before use, objects that refer back to themselves and chains
+// that nest too deeply are refused, and decoded attribute dictionaries are remembered so
+// that an archive sharing one dictionary among many runs costs no more than its size.
+// Unknown attribute keys are skipped, as macOS skips attributes it has no use for.
+
+#include "document/archiveerrors.h"
+#include "document/colorspaces.h"
+#include "document/fontnames.h"
+#include "document/keyedarchive.h"
+#include "document/propertylist.h"
+#include "document/runtable.h"
+
+#include <QScopeGuard>
+#include <QStringList>
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <map>
+#include <optional>
+
+namespace lomir {
+
+namespace {
+
+constexpr quint64 kArchiveVersion = 100000;
+
+// Objects decoded inside one another: an attributed string, its attribute array and
+// dictionary, a colour and its colour space are five; catalog colours add one level per
+// fallback colour.
+constexpr std::size_t kMaxObjectDepth = 16;
+
+// NSColorSpace values (the colour model of an NSColor).
+enum ColorModel : qint64
+{
+    CalibratedRgb = 1,
+    DeviceRgb = 2,
+    CalibratedWhite = 3,
+    DeviceWhite = 4,
+    DeviceCmyk = 5,
+    NamedColor = 6,
+};
+
+// The RGB spaces that component colours are converted from.
+enum class ComponentSpace
+{
+    Srgb,
+    LinearSrgb,
+    DisplayP3,
+    GenericRgb
+};
+
+Error wrongRootClass(const QString& className, const char* expected)
+{
+    return Error{QStringLiteral("NSCocoaErrorDomain"), kArchiveReadCorruptError,
+                 QStringLiteral("The archive holds an object of class \u201c%1\u201d where %2 "
+                                "was expected.")
+                     .arg(className, QLatin1String(expected))};
+}
+
+// The class of an object in the archive, from its class description.
+struct ClassInfo
+{
+    QString name;
+    QStringList chain;
+
+    bool inherits(const char* className) const
+    {
+        const QLatin1String wanted(className);
+        return name == wanted || chain.contains(wanted);
+    }
+};
+
+// An object of the archive: its index in $objects and its node. UID 0 is nil.
+struct Object
+{
+    quint64 uid = 0;
+    plist_t node = nullptr;
+
+    bool isNil() const { return node == nullptr; }
+};
+
+QString stringValue(plist_t node)
+{
+    uint64_t length = 0;
+    const char* text = plist_get_string_ptr(node, &length);
+    if (text == nullptr)
+        return {};
+    QString value = QString::fromUtf8(text, qsizetype(length));
+    // Kept in step with the writer, which cannot store NUL.
+    value.replace(QChar(u'\0'), QChar(QChar::ReplacementCharacter));
+    return value;
+}
+
+QByteArray dataValue(plist_t node)
+{
+    uint64_t length = 0;
+    const char* bytes = plist_get_data_ptr(node, &length);
+    return bytes == nullptr ? QByteArray() : QByteArray(bytes, qsizetype(length));
+}
+
+// A number stored inline or as an NSNumber entry. libplist keeps every integer as its
+// unsigned 64-bit pattern; archives store signed integers.
+std::optional<double> numberValue(plist_t node)
+{
+    switch (plist_get_node_type(node)) {
+    case PLIST_REAL: {
+        double value = 0;
+        plist_get_real_val(node, &value);
+        return value;
+    }
+    case PLIST_UINT: {
+        uint64_t value = 0;
+        plist_get_uint_val(node, &value);
+        return double(qint64(value));
+    }
+    case PLIST_BOOLEAN: {
+        uint8_t value = 0;
+        plist_get_bool_val(node, &value);
+        return value ? 1.0 : 0.0;
+    }
+    default:
+        return std::nullopt;
+    }
+}
+
+std::optional<qint64> integerValue(plist_t node)
+{
+    if (plist_get_node_type(node) == PLIST_UINT) {
+        uint64_t value = 0;
+        plist_get_uint_val(node, &value);
+        return qint64(value);
+    }
+    const std::optional<double> number = numberValue(node);
+    // Reals are truncated as NSNumber's integerValue does, if they fit.
+    if (!number || !std::isfinite(*number) || std::abs(*number) >= 9.0e18)
+        return std::nullopt;
+    return qint64(*number);
+}
+
+// Colour components: ASCII decimal numbers separated by spaces, perhaps ended by NUL.
+std::optional<std::vector<double>> parseComponents(const QByteArray& data)
+{
+    constexpr std::size_t kMaxComponents = 5;
+    std::vector<double> values;
+    qsizetype end = data.size();
+    while (end > 0 && data.at(end - 1) == '\0')
+        --end;
+    const QByteArray text = data.left(end);
+    for (const QByteArray& field : text.split(' ')) {
+        if (field.isEmpty())
+            continue;
+        if (values.size() == kMaxComponents)
+            return std::nullopt;
+        bool ok = false;
+        const double value = field.toDouble(&ok);
+        if (!ok || !std::isfinite(value))
+            return std::nullopt;
+        values.push_back(value);
+    }
+    if (values.empty())
+        return std::nullopt;
+    return values;
+}
+
+// Whether an ICC profile describes Display P3 (its description names it, in ASCII or in
+// the UTF-16 of a multi-localized description).
+bool isDisplayP3Profile(const QByteArray& profile)
+{
+    if (profile.contains("Display P3"))
+        return true;
+    const QString name = QStringLiteral("Display P3");
+    QByteArray utf16;
+    for (QChar c : name) {
+        utf16.append(char(c.unicode() >> 8));
+        utf16.append(char(c.unicode() & 0xff));
+    }
+    return profile.contains(utf16);
+}
+
+// Catalog colours of the "System" list that text uses, as they look on a light
+// background. Other names fall back to black, the text system's default colour.
+Rgba namedColor(const QString& name)
+{
+    static const char* const kWhite[] = {
+        "textBackgroundColor", "controlBackgroundColor",    "windowBackgroundColor",
+        "controlColor",        "selectedMenuItemTextColor", "alternateSelectedControlTextColor"};
+    for (const char* white : kWhite) {
+        if (name == QLatin1String(white))
+            return Rgba{255, 255, 255, 255};
+    }
+    return Rgba{0, 0, 0, 255};
+}
+
+// Builds a text from runs that cover it in order. Joining halves keeps the work at
+// n log n for many runs; appending one run at a time would be quadratic.
+RichText joinRuns(const QString& text, const std::vector<AttributeRun>& runs, std::size_t first,
+                  std::size_t last)
+{
+    if (last - first == 1) {
+        const AttributeRun& run = runs[first];
+        return RichText(text.mid(run.location, run.length), run.attributes);
+    }
+    const std::size_t middle = first + (last - first) / 2;
+    RichText joined = joinRuns(text, runs, first, middle);
+    joined.append(joinRuns(text, runs, middle, last));
+    return joined;
+}
+
+class ArchiveReader
+{
+public:
+    static Result<ArchiveReader> open(const QByteArray& data)
+    {
+        Result<PlistPtr> parsed = parsePropertyList(data);
+        if (!parsed)
+            return parsed.error();
+        ArchiveReader reader(std::move(parsed).value());
+        if (Status checked = reader.readTop(); !checked)
+            return checked.error();
+        return reader;
+    }
+
+    // The root object, nil for an archive of nil.
+    const Object& root() const { return m_root; }
+
+    Result<ClassInfo> classOf(const Object& object)
+    {
+        switch (plist_get_node_type(object.node)) {
+        case PLIST_STRING:
+            return ClassInfo{QStringLiteral("NSString"), {}};
+        case PLIST_UINT:
+        case PLIST_REAL:
+        case PLIST_BOOLEAN:
+            return ClassInfo{QStringLiteral("NSNumber"), {}};
+        case PLIST_DATA:
+            return ClassInfo{QStringLiteral("NSData"), {}};
+        case PLIST_DATE:
+            return ClassInfo{QStringLiteral("NSDate"), {}};
+        case PLIST_DICT:
+            break;
+        default:
+            return archiveDamaged("an object of its object table has no class");
+        }
+        plist_t reference = plist_dict_get_item(object.node, "$class");
+        if (reference == nullptr || plist_get_node_type(reference) != PLIST_UID)
+            return archiveDamaged("an object of its object table has no class");
+        uint64_t uid = 0;
+        plist_get_uid_val(reference, &uid);
+        if (const auto known = m_classes.find(uid); known != m_classes.end())
+            return known->second;
+        if (uid >= m_count)
+            return archiveDamaged("an object's class is not in its object table");
+        plist_t description = plist_array_get_item(m_objects, uint32_t(uid));
+        if (plist_get_node_type(description) != PLIST_DICT)
+            return archiveDamaged("an object's class description is not a dictionary");
+        plist_t name = plist_dict_get_item(description, "$classname");
+        if (name == nullptr || plist_get_node_type(name) != PLIST_STRING)
+            return archiveDamaged("an object's class description has no class name");
+        ClassInfo info{stringValue(name), {}};
+        if (plist_t chain = plist_dict_get_item(description, "$classes"); chain != nullptr) {
+            if (plist_get_node_type(chain) != PLIST_ARRAY)
+                return archiveDamaged("an object's class description has a malformed list of "
+                                      "superclasses");
+            const uint32_t count = plist_array_get_size(chain);
+            for (uint32_t i = 0; i < count; ++i) {
+                plist_t entry = plist_array_get_item(chain, i);
+                if (plist_get_node_type(entry) != PLIST_STRING)
+                    return archiveDamaged("an object's class description has a malformed list "
+                                          "of superclasses");
+                info.chain.append(stringValue(entry));
+            }
+        }
+        m_classes.emplace(uid, info);
+        return info;
+    }
+
+    Result<RichText> readAttributedString(const Object& object)
+    {
+        if (Status entered = enter(object); !entered)
+            return entered.error();
+        const auto leave = qScopeGuard([this] { m_path.pop_back(); });
+
+        Result<QString> text = readString(plist_dict_get_item(object.node, "NSString"),
+                                          "the text of an attributed string");
+        if (!text)
+            return text.error();
+        const QString& string = text.value();
+        if (string.isEmpty())
+            return RichText();
+
+        plist_t attributesKey = plist_dict_get_item(object.node, "NSAttributes");
+        plist_t infoKey = plist_dict_get_item(object.node, "NSAttributeInfo");
+        Result<Object> info = infoKey ? resolve(infoKey) : Result<Object>(Object{});
+        if (!info)
+            return info.error();
+        Result<Object> attributes =
+            attributesKey ? resolve(attributesKey) : Result<Object>(Object{});
+        if (!attributes)
+            return attributes.error();
+
+        if (info->isNil()) {
+            // One run: a dictionary, or no attributes at all.
+            if (attributes->isNil())
+                return RichText(string);
+            Result<TextAttributes> single = readAttributes(*attributes);
+            if (!single)
+                return single.error();
+            return RichText(string, single.value());
+        }
+
+        // Several runs: an array of dictionaries and the run table.
+        Result<QByteArray> table = readData(*info, "the run table of an attributed string");
+        if (!table)
+            return table.error();
+        Result<std::vector<Object>> dictionaries = readArray(*attributes, "attributes");
+        if (!dictionaries)
+            return dictionaries.error();
+        Result<std::vector<RunTableEntry>> entries =
+            decodeRunTable(table.value(), string.size(), qint64(dictionaries->size()));
+        if (!entries)
+            return entries.error();
+
+        std::vector<AttributeRun> runs;
+        int location = 0;
+        for (const RunTableEntry& entry : entries.value()) {
+            Result<TextAttributes> runAttributes =
+                readAttributes(dictionaries.value()[std::size_t(entry.index)]);
+            if (!runAttributes)
+                return runAttributes.error();
+            if (!runs.empty() && runs.back().attributes == runAttributes.value())
+                runs.back().length += int(entry.length);
+            else
+                runs.push_back({location, int(entry.length), std::move(runAttributes).value()});
+            location += int(entry.length);
+        }
+        return joinRuns(string, runs, 0, runs.size());
+    }
+
+    Result<Rgba> readColor(const Object& object)
+    {
+        if (Status entered = enter(object); !entered)
+            return entered.error();
+        const auto leave = qScopeGuard([this] { m_path.pop_back(); });
+        if (Status checked = expectClass(object, "NSColor", "a colour"); !checked)
+            return checked.error();
+
+        Result<std::optional<qint64>> model = integerFor(object.node, "NSColorSpace");
+        if (!model)
+            return model.error();
+        if (!*model)
+            return archiveDamaged("a colour has no colour space");
+
+        // Colours of an ICC or named space: components in that space. The generic
+        // NSRGB/NSWhite values beside them are only for older readers.
+        if (plist_t components = plist_dict_get_item(object.node, "NSComponents")) {
+            if (plist_get_node_type(components) != PLIST_DATA)
+                return archiveDamaged("a colour has malformed components");
+            ComponentSpace space = ComponentSpace::Srgb;
+            if (plist_t custom = plist_dict_get_item(object.node, "NSCustomColorSpace")) {
+                Result<Object> spaceObject = resolve(custom);
+                if (!spaceObject)
+                    return spaceObject.error();
+                Result<ComponentSpace> read = readColorSpace(*spaceObject);
+                if (!read)
+                    return read.error();
+                space = read.value();
+            }
+            const auto values = parseComponents(dataValue(components));
+            if (!values)
+                return archiveDamaged("a colour has malformed components");
+            return colorFromComponents(*values, space);
+        }
+
+        switch (**model) {
+        case CalibratedRgb:
+        case DeviceRgb: {
+            Result<std::vector<double>> values = componentsFor(object.node, "NSRGB", 3, 4);
+            if (!values)
+                return values.error();
+            const std::vector<double>& v = values.value();
+            const Rgb rgb{v[0], v[1], v[2]};
+            // Device RGB is taken to be sRGB, as on any current display.
+            const Rgb srgb = **model == CalibratedRgb ? genericRgbToSrgb(rgb) : rgb;
+            return rgbaFromFractions(srgb, v.size() == 4 ? v[3] : 1.0);
+        }
+        case CalibratedWhite:
+        case DeviceWhite: {
+            // A grey level is kept as the same sRGB grey level.
+            Result<std::vector<double>> values = componentsFor(object.node, "NSWhite", 1, 2);
+            if (!values)
+                return values.error();
+            const std::vector<double>& v = values.value();
+            return rgbaFromFractions({v[0], v[0], v[0]}, v.size() == 2 ? v[1] : 1.0);
+        }
+        case DeviceCmyk: {
+            Result<std::vector<double>> values = componentsFor(object.node, "NSCMYK", 4, 5);
+            if (!values)
+                return values.error();
+            const std::vector<double>& v = values.value();
+            const double k = 1.0 - v[3];
+            return rgbaFromFractions({(1.0 - v[0]) * k, (1.0 - v[1]) * k, (1.0 - v[2]) * k},
+                                     v.size() == 5 ? v[4] : 1.0);
+        }
+        case NamedColor: {
+            // A catalog colour carries the colour it stood for when it was archived.
+            if (plist_t fallback = plist_dict_get_item(object.node, "NSColor")) {
+                Result<Object> fallbackObject = resolve(fallback);
+                if (!fallbackObject)
+                    return fallbackObject.error();
+                if (!fallbackObject->isNil())
+                    return readColor(*fallbackObject);
+            }
+            Result<QString> name =
+                readString(plist_dict_get_item(object.node, "NSColorName"), "a colour name");
+            if (!name)
+                return name.error();
+            return namedColor(name.value());
+        }
+        default:
+            return archiveDamaged(QStringLiteral("a colour is in a colour space (%1) that cannot "
+                                                 "be read")
+                                      .arg(**model));
+        }
+    }
+
+    Result<FontSpec> readFont(const Object& object)
+    {
+        if (Status entered = enter(object); !entered)
+            return entered.error();
+        const auto leave = qScopeGuard([this] { m_path.pop_back(); });
+        if (Status checked = expectClass(object, "NSFont", "a font"); !checked)
+            return checked.error();
+
+        Result<QString> name =
+            readString(plist_dict_get_item(object.node, "NSName"), "a font name");
+        if (!name)
+            return name.error();
+        Result<std::optional<double>> size = realFor(object.node, "NSSize");
+        if (!size)
+            return size.error();
+        // A size of zero asks for the default size, as fontWithName:size: does.
+        double pointSize = size->value_or(0.0);
+        if (!std::isfinite(pointSize) || pointSize <= 0.0)
+            pointSize = 12.0;
+        // A nameless font cannot be looked up; it falls back to the default face.
+        const QString postScriptName =
+            name->isEmpty() ? postScriptNameFor(QStringLiteral("Helvetica"), false, false)
+                            : name.value();
+        return fontFromPostScriptName(postScriptName, pointSize);
+    }
+
+private:
+    explicit ArchiveReader(PlistPtr plist) : m_plist(std::move(plist)) {}
+
+    Status readTop()
+    {
+        plist_t top = m_plist.get();
+        if (plist_get_node_type(top) != PLIST_DICT)
+            return archiveDamaged("it is not a keyed archive");
+        plist_t archiver = plist_dict_get_item(top, "$archiver");
+        if (archiver == nullptr || plist_get_node_type(archiver) != PLIST_STRING ||
+            stringValue(archiver) != QLatin1String("NSKeyedArchiver"))
+            return archiveDamaged("it is not a keyed archive");
+        plist_t version = plist_dict_get_item(top, "$version");
+        if (version == nullptr || integerValue(version) != qint64(kArchiveVersion))
+            return archiveDamaged("it has a keyed-archive version that cannot be read");
+        m_objects = plist_dict_get_item(top, "$objects");
+        if (m_objects == nullptr || plist_get_node_type(m_objects) != PLIST_ARRAY ||
+            plist_array_get_size(m_objects) == 0)
+            return archiveDamaged("it has no object table");
+        m_count = plist_array_get_size(m_objects);
+        plist_t topObjects = plist_dict_get_item(top, "$top");
+        if (topObjects == nullptr || plist_get_node_type(topObjects) != PLIST_DICT)
+            return archiveDamaged("it has no root object");
+        plist_t root = plist_dict_get_item(topObjects, "root");
+        if (root == nullptr)
+            return archiveDamaged("it has no root object");
+        Result<Object> resolved = resolve(root);
+        if (!resolved)
+            return resolved.error();
+        m_root = resolved.value();
+        return Done{};
+    }
+
+    // Follows a UID reference into the object table.
+    Result<Object> resolve(plist_t reference) const
+    {
+        if (reference == nullptr || plist_get_node_type(reference) != PLIST_UID)
+            return archiveDamaged("a value that should refer to an object does not");
+        uint64_t uid = 0;
+        plist_get_uid_val(reference, &uid);
+        if (uid == 0)
+            return Object{};
+        if (uid >= m_count)
+            return archiveDamaged("it refers to an object that is not in its object table");
+        return Object{uid, plist_array_get_item(m_objects, uint32_t(uid))};
+    }
+
+    // Marks an object as being decoded; refuses one that is already being decoded
+    // further up (the archive refers to itself) and chains nested too deeply.
+    Status enter(const Object& object)
+    {
+        if (m_path.size() >= kMaxObjectDepth)
+            return archiveDamaged("its objects are nested too deeply");
+        if (std::find(m_path.begin(), m_path.end(), object.uid) != m_path.end())
+            return archiveDamaged("an object in it contains itself");
+        m_path.push_back(object.uid);
+        return Done{};
+    }
+
+    Status expectClass(const Object& object, const char* className, const char* description)
+    {
+        if (object.isNil() || plist_get_node_type(object.node) != PLIST_DICT)
+            return archiveDamaged(QStringLiteral("where it should hold %1, it holds something "
+                                                 "else")
+                                      .arg(QLatin1String(description)));
+        Result<ClassInfo> info = classOf(object);
+        if (!info)
+            return info.error();
+        if (!info->inherits(className))
+            return archiveDamaged(QStringLiteral("where it should hold %1, it holds an object of "
+                                                 "class \u201c%2\u201d")
+                                      .arg(QLatin1String(description), info->name));
+        return Done{};
+    }
+
+    // A string: a plain entry, or an NSString object (NSMutableString) that stores its
+    // characters inline, as a string or as UTF-8 bytes.
+    Result<QString> readString(plist_t reference, const char* what)
+    {
+        if (reference == nullptr)
+            return archiveDamaged(QStringLiteral("%1 is missing").arg(QLatin1String(what)));
+        Result<Object> object = resolve(reference);
+        if (!object)
+            return object.error();
+        if (object->isNil())
+            return archiveDamaged(QStringLiteral("%1 is missing").arg(QLatin1String(what)));
+        const plist_type type = plist_get_node_type(object->node);
+        if (type == PLIST_STRING)
+            return stringValue(object->node);
+        if (type == PLIST_DICT) {
+            Result<ClassInfo> info = classOf(*object);
+            if (!info)
+                return info.error();
+            if (info->inherits("NSString")) {
+                plist_t inlineString = plist_dict_get_item(object->node, "NS.string");
+                if (inlineString != nullptr && plist_get_node_type(inlineString) == PLIST_STRING)
+                    return stringValue(inlineString);
+                plist_t bytes = plist_dict_get_item(object->node, "NS.bytes");
+                if (bytes != nullptr && plist_get_node_type(bytes) == PLIST_DATA) {
+                    QString value = QString::fromUtf8(dataValue(bytes));
+                    value.replace(QChar(u'\0'), QChar(QChar::ReplacementCharacter));
+                    return value;
+                }
+            }
+        }
+        return archiveDamaged(QStringLiteral("%1 is not a string").arg(QLatin1String(what)));
+    }
+
+    // Bytes: a plain data entry, or an NSData object (NSMutableData) with NS.data.
+    Result<QByteArray> readData(const Object& object, const char* what)
+    {
+        const plist_type type = plist_get_node_type(object.node);
+        if (type == PLIST_DATA)
+            return dataValue(object.node);
+        if (type == PLIST_DICT) {
+            Result<ClassInfo> info = classOf(object);
+            if (!info)
+                return info.error();
+            plist_t bytes = plist_dict_get_item(object.node, "NS.data");
+            if (info->inherits("NSData") && bytes != nullptr &&
+                plist_get_node_type(bytes) == PLIST_DATA)
+                return dataValue(bytes);
+        }
+        return archiveDamaged(QStringLiteral("%1 is not data").arg(QLatin1String(what)));
+    }
+
+    // The elements of an NSArray (NSMutableArray) object.
+    Result<std::vector<Object>> readArray(const Object& object, const char* what)
+    {
+        const Error notArray =
+            archiveDamaged(QStringLiteral("its %1 are not a list").arg(QLatin1String(what)));
+        if (object.isNil() || plist_get_node_type(object.node) != PLIST_DICT)
+            return notArray;
+        Result<ClassInfo> info = classOf(object);
+        if (!info)
+            return info.error();
+        plist_t items = plist_dict_get_item(object.node, "NS.objects");
+        if (!info->inherits("NSArray") || items == nullptr ||
+            plist_get_node_type(items) != PLIST_ARRAY)
+            return notArray;
+        std::vector<Object> elements;
+        const uint32_t count = plist_array_get_size(items);
+        elements.reserve(count);
+        for (uint32_t i = 0; i < count; ++i) {
+            Result<Object> element = resolve(plist_array_get_item(items, i));
+            if (!element)
+                return element.error();
+            elements.push_back(element.value());
+        }
+        return elements;
+    }
+
+    Result<std::optional<double>> realFor(plist_t dict, const char* key)
+    {
+        plist_t node = plist_dict_get_item(dict, key);
+        if (node == nullptr)
+            return std::optional<double>();
+        const std::optional<double> value = numberValue(node);
+        if (!value)
+            return archiveDamaged(QStringLiteral("its value for \u201c%1\u201d is not a number")
+                                      .arg(QLatin1String(key)));
+        return value;
+    }
+
+    Result<std::optional<qint64>> integerFor(plist_t dict, const char* key)
+    {
+        plist_t node = plist_dict_get_item(dict, key);
+        if (node == nullptr)
+            return std::optional<qint64>();
+        const std::optional<qint64> value = integerValue(node);
+        if (!value)
+            return archiveDamaged(QStringLiteral("its value for \u201c%1\u201d is not an integer")
+                                      .arg(QLatin1String(key)));
+        return value;
+    }
+
+    // Inline component data such as NSRGB "r g b[ a]\0", with so many numbers.
+    Result<std::vector<double>> componentsFor(plist_t dict, const char* key, std::size_t least,
+                                              std::size_t most)
+    {
+        plist_t node = plist_dict_get_item(dict, key);
+        const Error malformed = archiveDamaged(
+            QStringLiteral("a colour has malformed \u201c%1\u201d values").arg(QLatin1String(key)));
+        if (node == nullptr || plist_get_node_type(node) != PLIST_DATA)
+            return malformed;
+        std::optional<std::vector<double>> values = parseComponents(dataValue(node));
+        if (!values || values->size() < least || values->size() > most)
+            return malformed;
+        return std::move(*values);
+    }
+
+    Result<ComponentSpace> readColorSpace(const Object& object)
+    {
+        if (object.isNil())
+            return ComponentSpace::Srgb;
+        if (Status entered = enter(object); !entered)
+            return entered.error();
+        const auto leave = qScopeGuard([this] { m_path.pop_back(); });
+        if (Status checked = expectClass(object, "NSColorSpace", "a colour space"); !checked)
+            return checked.error();
+
+        Result<std::optional<qint64>> spaceId = integerFor(object.node, "NSSpaceID");
+        if (!spaceId)
+            return spaceId.error();
+        if (*spaceId) {
+            switch (**spaceId) {
+            case 12: // Display P3
+            case 13: // DCI-P3, near enough
+                return ComponentSpace::DisplayP3;
+            case 16: // linear sRGB
+            case 17: // extended linear sRGB
+                return ComponentSpace::LinearSrgb;
+            default: // extended sRGB and others
+                return ComponentSpace::Srgb;
+            }
+        }
+        Result<std::optional<qint64>> id = integerFor(object.node, "NSID");
+        if (!id)
+            return id.error();
+        if (*id)
+            return **id == 1 ? ComponentSpace::GenericRgb : ComponentSpace::Srgb;
+        // A space known only by its profile.
+        if (plist_t iccKey = plist_dict_get_item(object.node, "NSICC")) {
+            Result<Object> icc = resolve(iccKey);
+            if (!icc)
+                return icc.error();
+            if (!icc->isNil()) {
+                Result<QByteArray> profile = readData(*icc, "a colour profile");
+                if (!profile)
+                    return profile.error();
+                if (isDisplayP3Profile(profile.value()))
+                    return ComponentSpace::DisplayP3;
+            }
+        }
+        return ComponentSpace::Srgb;
+    }
+
+    static Result<Rgba> colorFromComponents(const std::vector<double>& v, ComponentSpace space)
+    {
+        // Grey: level and alpha.
+        if (v.size() <= 2)
+            return rgbaFromFractions({v[0], v[0], v[0]}, v.size() == 2 ? v[1] : 1.0);
+        if (v.size() > 4)
+            return archiveDamaged("a colour has malformed components");
+        const Rgb rgb{v[0], v[1], v[2]};
+        const double alpha = v.size() == 4 ? v[3] : 1.0;
+        switch (space) {
+        case ComponentSpace::Srgb:
+            return rgbaFromFractions(rgb, alpha);
+        case ComponentSpace::LinearSrgb: {
+            // Linear light to the sRGB curve.
+            Rgb encoded{};
+            for (std::size_t i = 0; i < 3; ++i) {
+                const double c = std::clamp(rgb[i], 0.0, 1.0);
+                encoded[i] = c <= 0.0031308 ? c * 12.92 : 1.055 * std::pow(c, 1.0 / 2.4) - 0.055;
+            }
+            return rgbaFromFractions(encoded, alpha);
+        }
+        case ComponentSpace::DisplayP3:
+            // Converted through linear light; colours outside sRGB are clipped to it.
+            return rgbaFromFractions(displayP3ToSrgb(rgb), alpha);
+        case ComponentSpace::GenericRgb:
+            return rgbaFromFractions(genericRgbToSrgb(rgb), alpha);
+        }
+        return rgbaFromFractions(rgb, alpha);
+    }
+
+    Result<ParagraphStyle> readParagraphStyle(const Object& object)
+    {
+        if (Status entered = enter(object); !entered)
+            return entered.error();
+        const auto leave = qScopeGuard([this] { m_path.pop_back(); });
+        if (Status checked = expectClass(object, "NSParagraphStyle", "a paragraph style"); !checked)
+            return checked.error();
+
+        ParagraphStyle style;
+        Result<std::optional<qint64>> alignment = integerFor(object.node, "NSAlignment");
+        if (!alignment)
+            return alignment.error();
+        // An absent alignment is left (0), not natural. Values beyond the known ones are
+        // read as natural.
+        const qint64 value = alignment->value_or(0);
+        style.alignment = value >= 0 && value <= qint64(TextAlignment::Natural)
+                              ? TextAlignment(int(value))
+                              : TextAlignment::Natural;
+
+        const std::pair<const char*, double ParagraphStyle::*> lengths[] = {
+            {"NSLineSpacing", &ParagraphStyle::lineSpacing},
+            {"NSParagraphSpacing", &ParagraphStyle::paragraphSpacing},
+            {"NSParagraphSpacingBefore", &ParagraphStyle::paragraphSpacingBefore},
+            {"NSHeadIndent", &ParagraphStyle::headIndent},
+            {"NSFirstLineHeadIndent", &ParagraphStyle::firstLineHeadIndent},
+            {"NSTailIndent", &ParagraphStyle::tailIndent},
+            {"NSLineHeightMultiple", &ParagraphStyle::lineHeightMultiple},
+        };
+        for (const auto& [key, member] : lengths) {
+            Result<std::optional<double>> length = realFor(object.node, key);
+            if (!length)
+                return length.error();
+            // A length that is not a finite number has no meaning; it counts as unset.
+            const double v = length->value_or(0.0);
+            style.*member = std::isfinite(v) ? v : 0.0;
+        }
+        return style;
+    }
+
+    // An underline or strikethrough style: an NSNumber entry.
+    Result<int> readLineStyle(plist_t reference, const char* what)
+    {
+        Result<Object> object = resolve(reference);
+        if (!object)
+            return object.error();
+        if (object->isNil())
+            return LineStyle::None;
+        const std::optional<qint64> value = integerValue(object->node);
+        if (!value || *value < std::numeric_limits<int>::min() ||
+            *value > std::numeric_limits<int>::max())
+            return archiveDamaged(
+                QStringLiteral("its %1 style is not a valid number").arg(QLatin1String(what)));
+        return int(*value);
+    }
+
+    // An attribute dictionary (NSDictionary with NS.keys and NS.objects). A nil
+    // dictionary has no attributes.
+    Result<TextAttributes> readAttributes(const Object& object)
+    {
+        if (object.isNil())
+            return TextAttributes{};
+        if (const auto known = m_attributes.find(object.uid); known != m_attributes.end())
+            return known->second;
+        if (Status entered = enter(object); !entered)
+            return entered.error();
+        const auto leave = qScopeGuard([this] { m_path.pop_back(); });
+        if (Status checked = expectClass(object, "NSDictionary", "an attribute dictionary");
+            !checked)
+            return checked.error();
+
+        plist_t keys = plist_dict_get_item(object.node, "NS.keys");
+        plist_t values = plist_dict_get_item(object.node, "NS.objects");
+        const bool empty = keys == nullptr && values == nullptr;
+        if (!empty &&
+            (keys == nullptr || values == nullptr || plist_get_node_type(keys) != PLIST_ARRAY ||
+             plist_get_node_type(values) != PLIST_ARRAY ||
+             plist_array_get_size(keys) != plist_array_get_size(values)))
+            return archiveDamaged("an attribute dictionary has keys and values that do not "
+                                  "match");
+
+        TextAttributes attributes;
+        const uint32_t count = empty ? 0 : plist_array_get_size(keys);
+        for (uint32_t i = 0; i < count; ++i) {
+            Result<QString> key =
+                readString(plist_array_get_item(keys, i), "the name of an attribute");
+            if (!key)
+                return key.error();
+            plist_t value = plist_array_get_item(values, i);
+            const QString& name = key.value();
+            if (name == QLatin1String("NSFont")) {
+                Result<Object> font = resolve(value);
+                if (!font)
+                    return font.error();
+                if (font->isNil())
+                    continue;
+                Result<FontSpec> spec = readFont(*font);
+                if (!spec)
+                    return spec.error();
+                attributes.font = std::move(spec).value();
+            } else if (name == QLatin1String("NSColor") ||
+                       name == QLatin1String("NSBackgroundColor")) {
+                Result<Object> color = resolve(value);
+                if (!color)
+                    return color.error();
+                if (color->isNil())
+                    continue;
+                Result<Rgba> rgba = readColor(*color);
+                if (!rgba)
+                    return rgba.error();
+                (name == QLatin1String("NSColor") ? attributes.foreground : attributes.background) =
+                    rgba.value();
+            } else if (name == QLatin1String("NSParagraphStyle")) {
+                Result<Object> paragraph = resolve(value);
+                if (!paragraph)
+                    return paragraph.error();
+                if (paragraph->isNil())
+                    continue;
+                Result<ParagraphStyle> style = readParagraphStyle(*paragraph);
+                if (!style)
+                    return style.error();
+                attributes.paragraph = style.value();
+            } else if (name == QLatin1String("NSUnderline")) {
+                Result<int> style = readLineStyle(value, "underline");
+                if (!style)
+                    return style.error();
+                attributes.underline = style.value();
+            } else if (name == QLatin1String("NSStrikethrough")) {
+                Result<int> style = readLineStyle(value, "strikethrough");
+                if (!style)
+                    return style.error();
+                attributes.strikethrough = style.value();
+            }
+        }
+        m_attributes.emplace(object.uid, attributes);
+        return attributes;
+    }
+
+    PlistPtr m_plist;
+    plist_t m_objects = nullptr;
+    quint64 m_count = 0;
+    Object m_root;
+    std::vector<quint64> m_path;
+    std::map<quint64, ClassInfo> m_classes;
+    std::map<quint64, TextAttributes> m_attributes;
+};
+
+// Opens an archive and checks that its root is of the class asked for. A nil root and a
+// root of another class are reported as macOS's unarchiver reports them.
+Result<ArchiveReader> openWithRoot(const QByteArray& archive, const char* className,
+                                   const char* description, int nilCode)
+{
+    Result<ArchiveReader> reader = ArchiveReader::open(archive);
+    if (!reader)
+        return reader;
+    const Object& root = reader->root();
+    if (root.isNil()) {
+        return Error{QStringLiteral("NSCocoaErrorDomain"), nilCode,
+                     QStringLiteral("The archive holds no %1: its root object is nil.")
+                         .arg(QLatin1String(description))};
+    }
+    Result<ClassInfo> info = reader->classOf(root);
+    if (!info)
+        return info.error();
+    if (!info->inherits(className))
+        return wrongRootClass(info->name, description);
+    return reader;
+}
+
+} // namespace
+
+Result<RichText> unarchiveRichText(const QByteArray& archive)
+{
+    Result<ArchiveReader> reader = openWithRoot(
+        archive, "NSAttributedString", "an attributed string", kArchiveRootNotAttributedString);
+    if (!reader)
+        return reader.error();
+    return reader->readAttributedString(reader->root());
+}
+
+Result<Rgba> unarchiveColor(const QByteArray& archive)
+{
+    Result<ArchiveReader> reader =
+        openWithRoot(archive, "NSColor", "a colour", kArchiveReadCorruptError);
+    if (!reader)
+        return reader.error();
+    return reader->readColor(reader->root());
+}
+
+Result<FontSpec> unarchiveFont(const QByteArray& archive)
+{
+    Result<ArchiveReader> reader =
+        openWithRoot(archive, "NSFont", "a font", kArchiveReadCorruptError);
+    if (!reader)
+        return reader.error();
+    return reader->readFont(reader->root());
+}
+
+} // namespace lomir
