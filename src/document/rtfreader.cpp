@@ -215,7 +215,6 @@ enum class Word
     Red,
     // character formatting
     Background,
-    Bin,
     Bold,
     FontSize,
     FontSizeMilli,
@@ -297,7 +296,6 @@ constexpr std::array kWords = {
     WordEntry{"atnid"sv, Word::SkippedDestination},
     WordEntry{"author"sv, Word::SkippedDestination},
     WordEntry{"b"sv, Word::Bold},
-    WordEntry{"bin"sv, Word::Bin},
     WordEntry{"bkmkend"sv, Word::SkippedDestination},
     WordEntry{"bkmkstart"sv, Word::SkippedDestination},
     WordEntry{"blue"sv, Word::Blue},
