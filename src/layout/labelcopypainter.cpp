@@ -95,19 +95,22 @@ bool appendGlyphs(std::vector<GlyphOp>& ops, const QTextLine& line, const QPoint
     for (const QGlyphRun& run : runs) {
         if (run.overline() || run.underline() || run.strikeOut())
             return false;
+        const QRawFont font = run.rawFont();
         const QList<quint32> glyphs = run.glyphIndexes();
         const QList<QPointF> positions = run.positions();
-        if (glyphs.isEmpty())
-            continue;
-        if (ops.empty() || !(ops.back().font == run.rawFont()) || ops.back().colour != colour) {
-            ops.push_back(GlyphOp{run.rawFont(), colour, {}, {}, {}});
+        for (qsizetype i = 0; i < glyphs.size(); ++i) {
+            // Glyphs without an outline (spaces) leave no mark; a printer would only be
+            // sent them to move past them. Digits are kept whatever they look like.
+            if (digitIndex < 0 && font.boundingRect(glyphs[i]).isEmpty())
+                continue;
+            if (ops.empty() || !(ops.back().font == font) || ops.back().colour != colour)
+                ops.push_back(GlyphOp{font, colour, {}, {}, {}});
+            GlyphOp& op = ops.back();
+            if (digitIndex >= 0)
+                op.slots.push_back(DigitSlot{op.glyphs.size(), digitIndex});
+            op.glyphs.append(glyphs[i]);
+            op.positions.append(positions[i] + origin);
         }
-        GlyphOp& op = ops.back();
-        if (digitIndex >= 0)
-            op.slots.push_back(DigitSlot{op.glyphs.size(), digitIndex});
-        op.glyphs.append(glyphs);
-        for (const QPointF& position : positions)
-            op.positions.append(position + origin);
     }
     return true;
 }
