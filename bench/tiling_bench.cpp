@@ -102,6 +102,16 @@ std::optional<Options> parseOptions(const QStringList& arguments)
             options.rich = true;
             continue;
         }
+        static const QStringList valueOptions = {
+            QStringLiteral("--quantity"), QStringLiteral("--serial-start"),
+            QStringLiteral("--text"),     QStringLiteral("--font"),
+            QStringLiteral("--size"),     QStringLiteral("--label"),
+            QStringLiteral("--spacing"),  QStringLiteral("--paper"),
+            QStringLiteral("--margins"),  QStringLiteral("-o")};
+        if (!valueOptions.contains(option)) {
+            std::fprintf(stderr, "tiling-bench: unknown option %s\n", qPrintable(option));
+            return std::nullopt;
+        }
         if (i + 1 >= arguments.size()) {
             std::fprintf(stderr, "tiling-bench: %s needs a value\n", qPrintable(option));
             return std::nullopt;
@@ -135,12 +145,9 @@ std::optional<Options> parseOptions(const QStringList& arguments)
             const std::optional<QMarginsF> margins = parseMargins(value);
             ok = margins.has_value();
             options.margins = margins.value_or(QMarginsF());
-        } else if (option == QStringLiteral("-o")) {
+        } else { // -o
             options.output = value;
             ok = !value.isEmpty();
-        } else {
-            std::fprintf(stderr, "tiling-bench: unknown option %s\n", qPrintable(option));
-            return std::nullopt;
         }
         if (!ok) {
             std::fprintf(stderr, "tiling-bench: bad value for %s: %s\n", qPrintable(option),

@@ -84,13 +84,29 @@ bool drawnByGlyphsAlone(const QTextCharFormat& format)
            format.textOutline().style() == Qt::NoPen && !format.isAnchor();
 }
 
+// Blank characters: spaces of every width. Their glyphs have no outline, so they leave
+// no mark; a printer would be sent them only to move past them.
+bool isBlank(QChar character)
+{
+    const char16_t code = character.unicode();
+    return code == u' ' || code == u'\t' || code == 0x00A0 || (code >= 0x2000 && code <= 0x200A) ||
+           code == 0x202F || code == 0x205F || code == 0x3000;
+}
+
+enum class Piece
+{
+    Text,  // characters drawn as they are
+    Blank, // blank characters, whose glyphs are left out when they have no outline
+    Digit, // one serial digit, which each copy replaces
+};
+
 // Adds the glyphs of one line's characters [from, to) of a block (block positions).
-// digitIndex is the serial digit the range holds (it is then one character), or -1.
+// digitIndex is the place of the serial digit a Digit piece holds.
 bool appendGlyphs(std::vector<GlyphOp>& ops, const QTextLine& line, const QPointF& origin, int from,
-                  int to, const QColor& colour, int digitIndex)
+                  int to, const QColor& colour, Piece piece, int digitIndex)
 {
     const QList<QGlyphRun> runs = line.glyphRuns(from, to - from);
-    if (digitIndex >= 0 && (runs.size() != 1 || runs.front().glyphIndexes().size() != 1))
+    if (piece == Piece::Digit && (runs.size() != 1 || runs.front().glyphIndexes().size() != 1))
         return false; // a digit that is not exactly one glyph
     for (const QGlyphRun& run : runs) {
         if (run.overline() || run.underline() || run.strikeOut())
@@ -99,14 +115,12 @@ bool appendGlyphs(std::vector<GlyphOp>& ops, const QTextLine& line, const QPoint
         const QList<quint32> glyphs = run.glyphIndexes();
         const QList<QPointF> positions = run.positions();
         for (qsizetype i = 0; i < glyphs.size(); ++i) {
-            // Glyphs without an outline (spaces) leave no mark; a printer would only be
-            // sent them to move past them. Digits are kept whatever they look like.
-            if (digitIndex < 0 && font.boundingRect(glyphs[i]).isEmpty())
+            if (piece == Piece::Blank && font.boundingRect(glyphs[i]).isEmpty())
                 continue;
             if (ops.empty() || !(ops.back().font == font) || ops.back().colour != colour)
                 ops.push_back(GlyphOp{font, colour, {}, {}, {}});
             GlyphOp& op = ops.back();
-            if (digitIndex >= 0)
+            if (piece == Piece::Digit)
                 op.slots.push_back(DigitSlot{op.glyphs.size(), digitIndex});
             op.glyphs.append(glyphs[i]);
             op.positions.append(positions[i] + origin);
@@ -132,6 +146,7 @@ std::optional<std::vector<GlyphOp>> glyphOps(const LabelTextLayout& layout, int 
         const QTextLayout* blockLayout = block.layout();
         const QPointF origin = blockLayout->position();
         const int blockStart = block.position();
+        const QString blockText = block.text();
         for (int lineIndex = 0; lineIndex < blockLayout->lineCount(); ++lineIndex) {
             const QTextLine line = blockLayout->lineAt(lineIndex);
             if (origin.y() + line.y() > clipHeight)
@@ -149,18 +164,28 @@ std::optional<std::vector<GlyphOp>> glyphOps(const LabelTextLayout& layout, int 
                 const int fragmentStart = fragment.position() - blockStart;
                 int from = std::max(fragmentStart, lineStart);
                 const int to = std::min(fragmentStart + fragment.length(), lineEnd);
-                // Split the range so that every serial digit is a range of its own.
+                // Split the range into pieces: every serial digit on its own, and runs of
+                // blanks apart from the other characters.
                 while (from < to) {
                     const int documentPosition = blockStart + from;
                     int pieceEnd = to;
+                    Piece piece = Piece::Text;
                     int digitIndex = -1;
                     if (documentPosition >= serialStart && documentPosition < serialEnd) {
                         pieceEnd = from + 1;
+                        piece = Piece::Digit;
                         digitIndex = documentPosition - serialStart;
-                    } else if (documentPosition < serialStart) {
-                        pieceEnd = std::min(to, serialStart - blockStart);
+                    } else {
+                        if (documentPosition < serialStart)
+                            pieceEnd = std::min(to, serialStart - blockStart);
+                        const bool blank = isBlank(blockText.at(from));
+                        piece = blank ? Piece::Blank : Piece::Text;
+                        int end = from + 1;
+                        while (end < pieceEnd && isBlank(blockText.at(end)) == blank)
+                            ++end;
+                        pieceEnd = end;
                     }
-                    if (!appendGlyphs(ops, line, origin, from, pieceEnd, colour, digitIndex))
+                    if (!appendGlyphs(ops, line, origin, from, pieceEnd, colour, piece, digitIndex))
                         return std::nullopt;
                     from = pieceEnd;
                 }
