@@ -22,8 +22,10 @@ namespace {
 // A hundredth of a point: fine enough that rounding to it never shows, coarse enough
 // for ordinary type to stay far below the rasteriser's limit.
 constexpr int kLayoutDpi = 7200;
-// Faces are kept below 65536 pixels, which FreeType cannot make.
-constexpr double kLargestPixelSize = 60000.0;
+// Faces are kept at most this large: from about 20000 pixels on, Qt's FreeType engine
+// reports a font's ascent and descent as 0 (its fixed-point metrics overflow), and lines
+// lose their height.
+constexpr double kLargestPixelSize = 10000.0;
 
 // A paint device that is never painted on: it only tells the text engine the
 // resolution to resolve fonts at.

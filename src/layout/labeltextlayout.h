@@ -17,8 +17,8 @@ namespace lomir {
 // points (or not wrapped at all). Fonts are resolved at 100 layout units per point
 // (7200 dpi) and unhinted, so glyph advances and line breaks follow the fonts' outlines
 // in exact points, as the text measurement functions measure them, instead of whole
-// pixels of a screen or printer. Very large type is laid out at a lower resolution,
-// since font rasterisers cannot make faces of 65536 pixels. The document's coordinates
+// pixels of a screen or printer. Type over 100 points is laid out at a lower resolution,
+// since the font engine's metrics overflow for huge faces. The document's coordinates
 // are layout units; drawing scales the painter by the inverse.
 class LabelTextLayout
 {

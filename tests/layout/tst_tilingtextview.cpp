@@ -1,5 +1,6 @@
 #include "layout/labelcopypainter.h"
 #include "layout/labeltextlayout.h"
+#include "layout/measurement.h"
 #include "layout/serialnumber.h"
 #include "layout/sheetgeometry.h"
 #include "layout/tilingtextview.h"
@@ -417,6 +418,9 @@ private Q_SLOTS:
     void spacedPageDrawsOnlyInsideCells();
     void copyPainterIsKeptFromPageToPage();
     void pdfOfTwoPages();
+    void measuredLabelDoesNotWrap_data();
+    void measuredLabelDoesNotWrap();
+    void veryLargeTypeIsDrawn();
 
     void fatalStops_data();
     void fatalStops();
@@ -956,6 +960,76 @@ void TestTilingTextView::pdfOfTwoPages()
         QVERIFY2(firstCell.contains(word.box), qPrintable(word.text));
     }
     QCOMPARE(wordsInFirstCell, 2); // "No." and "001"
+}
+
+void TestTilingTextView::measuredLabelDoesNotWrap_data()
+{
+    QTest::addColumn<RichText>("text");
+
+    for (double size : {4.0, 7.0, 9.5, 12.0, 13.37, 36.0, 144.0}) {
+        QTest::addRow("Arial %g", size)
+            << RichText(QStringLiteral("Batch No. 0123456789 WAVE fifi"), arial(size));
+    }
+    TextAttributes serif;
+    serif.font = FontSpec{QStringLiteral("Liberation Serif"), QString(), 10.5, false, true};
+    RichText mixed(QStringLiteral("Lot "), arial(11.0, true));
+    mixed.append(QStringLiteral("Premium Blend\nSerial "), serif);
+    mixed.append(QStringLiteral("0042 of a long second line"), arial(8.25));
+    QTest::newRow("runs and lines") << mixed;
+    QTest::newRow("rich label") << richLabel();
+}
+
+void TestTilingTextView::measuredLabelDoesNotWrap()
+{
+    // A label made as wide as the measured text holds each of its lines on one line, and
+    // the measured height holds them all: printing lays text out as it is measured.
+    QFETCH(RichText, text);
+    const double width = widestLineWidth(text);
+    const LabelTextLayout layout(text, width);
+    const QTextDocument& document = layout.document();
+    for (QTextBlock block = document.begin(); block.isValid(); block = block.next())
+        QCOMPARE(block.layout()->lineCount(), 1);
+    // The text's natural width is the measured one, less its 2 points of padding.
+    const double natural = document.idealWidth() / layout.unitsPerPoint();
+    QVERIFY2(std::abs(natural - (width - 2.0)) < 0.01,
+             qPrintable(QStringLiteral("%1 laid out, %2 measured").arg(natural).arg(width - 2.0)));
+    // The text engine rounds each line's height up to a whole layout unit.
+    const double rounding = double(document.blockCount()) / layout.unitsPerPoint();
+    QVERIFY2(layout.size().height() <= textHeight(text) + rounding,
+             qPrintable(QStringLiteral("%1 laid out, %2 measured")
+                            .arg(layout.size().height())
+                            .arg(textHeight(text))));
+
+    // Half a point less and the widest line wraps.
+    const LabelTextLayout narrower(text, width - 2.5);
+    int lines = 0;
+    for (QTextBlock block = narrower.document().begin(); block.isValid(); block = block.next())
+        lines += block.layout()->lineCount();
+    QVERIFY(lines > document.blockCount());
+}
+
+void TestTilingTextView::veryLargeTypeIsDrawn()
+{
+    // 800 point type would make faces too large for the font engine at the usual
+    // resolution; it is laid out at a lower one and still drawn, numbered, from the
+    // shared layout, and as tall as it is.
+    const RichText text(QStringLiteral("N") + placeholderRun(1), arial(800.0));
+    const LabelTextLayout layout(text, std::nullopt);
+    QVERIFY(layout.unitsPerPoint() < 100.0);
+    QVERIFY(layout.size().width() > 800.0);
+    QVERIFY(layout.size().height() > 800.0);
+
+    const QSizeF label(std::ceil(layout.size().width()) + 2.0, std::ceil(layout.size().height()));
+    const QSizeF area(1500.0, 1000.0);
+    const auto view = printView(text, 3, 5, label, 0.0, area);
+    QVERIFY(view->serialStringRange());
+    const LabelCopyPainter painter(text, SerialNumbering{*view->serialStringRange(), 5, 1}, label);
+    QVERIFY(painter.drawsFromSharedLayout());
+    const QRectF rect = pageRect(*view, 0);
+    const QImage fast = renderPage(*view, rect, 0.25);
+    const QImage straightforward = renderStraightforward(*view, rect, 0.25);
+    QVERIFY(inkPixels(fast, fast.rect()) > 1000);
+    QVERIFY2(fast == straightforward, qPrintable(imageDifference(fast, straightforward)));
 }
 
 void TestTilingTextView::fatalStops_data()
