@@ -26,10 +26,17 @@ namespace lomir {
 class TilingTextView
 {
 public:
-    // A view with all properties empty; the print job sets them afterwards.
+    // A view with all properties empty; the print job sets them afterwards. A text view
+    // of the toolkit can also be made with a frame and a text container; this view lays
+    // out and draws its text itself and has no container, so that form is this one. The
+    // toolkit's plain initialiser, which such a view refuses, has no counterpart: there
+    // is no base class to make the view through, and no default constructor.
     explicit TilingTextView(const QRectF& frame);
-    // A view restored from its archive keys (see the .cpp for how each is read). The
-    // frame belongs to the view's own geometry, not to these keys, and stays empty.
+    // A view restored from its archive keys. Integer keys always give a value (a missing
+    // or non-numeric one gives 0, fractions are truncated); "text" is kept only if it
+    // holds a RichText, "serialStringRange" only if it holds a TextRange, and the lengths
+    // only if they hold numbers; otherwise they stay empty. The frame is not among the
+    // keys and stays empty.
     explicit TilingTextView(const QVariantMap& archive);
     ~TilingTextView();
 
