@@ -1,19 +1,16 @@
 #include "app/commandline.h"
 
-#include <QGuiApplication>
+#include <QCoreApplication>
 #include <QTextStream>
 
 int main(int argc, char* argv[])
 {
-    // The command line never needs a display; text measurement and fonts still need
-    // a GUI application object, so run it on the offscreen platform.
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    QGuiApplication app(argc, argv);
-    QGuiApplication::setApplicationName(QStringLiteral("Lomir"));
-    QGuiApplication::setApplicationVersion(QStringLiteral(LOMIR_VERSION));
+    // The commands read and write files only: no display, no fonts.
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("Lomir"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(LOMIR_VERSION));
 
-    QStringList arguments = QGuiApplication::arguments();
+    QStringList arguments = QCoreApplication::arguments();
     arguments.removeFirst();
     QTextStream out(stdout);
     QTextStream err(stderr);

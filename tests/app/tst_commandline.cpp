@@ -16,7 +16,7 @@ struct Run
     QByteArray err;
 };
 
-Run lomir(const QStringList& arguments)
+Run runLomir(const QStringList& arguments)
 {
     QProcess process;
     process.start(QStringLiteral(LOMIR_BINARY), arguments);
@@ -72,46 +72,46 @@ private Q_SLOTS:
 
     void version()
     {
-        const Run run = lomir({QStringLiteral("--version")});
+        const Run run = runLomir({QStringLiteral("--version")});
         QCOMPARE(run.exitCode, 0);
         QVERIFY(run.out.startsWith("Lomir "));
     }
 
     void inspectPrintsTheRecord()
     {
-        const Run run = lomir({QStringLiteral("inspect"), path(QStringLiteral("label.lomir"))});
+        const Run run = runLomir({QStringLiteral("inspect"), path(QStringLiteral("label.lomir"))});
         QCOMPARE(run.exitCode, 0);
         const auto json = nlohmann::json::parse(run.out.toStdString());
-        QCOMPARE(json["type"], "com.brenvik.lomir-doc");
-        QCOMPARE(json["quantity"], "30");
+        QVERIFY(json["type"] == "com.brenvik.lomir-doc");
+        QVERIFY(json["quantity"] == "30");
         QVERIFY(json["serialStartFrom"].is_null());
-        QCOMPARE(json["width"], "2.0");
-        QCOMPARE(json["height"], "12");
-        QCOMPARE(json["dimensions"], 0);
-        QCOMPARE(json["metric"], 0);
-        QCOMPARE(json["magnification"], 500.0);
-        QCOMPARE(json["outputSpacing"], 1);
-        QCOMPARE(json["frameWidth"], 60.5);
+        QVERIFY(json["width"] == "2.0");
+        QVERIFY(json["height"] == "12");
+        QVERIFY(json["dimensions"] == 0);
+        QVERIFY(json["metric"] == 0);
+        QVERIFY(json["magnification"] == 500.0);
+        QVERIFY(json["outputSpacing"] == 1);
+        QVERIFY(json["frameWidth"] == 60.5);
         QVERIFY(json["frameHeight"].is_null());
         const auto& text = json["labelText"];
         QCOMPARE(QString::fromStdString(text["string"].get<std::string>()), label().string());
         const auto& runs = text["runs"];
-        QCOMPARE(runs.size(), std::size_t(2));
-        QCOMPARE(runs[0]["location"], 0);
-        QCOMPARE(runs[0]["length"], 7); // the honey pot counts two UTF-16 units
-        QCOMPARE(runs[0]["font"], "Helvetica-Bold");
-        QCOMPARE(runs[0]["family"], "Helvetica");
-        QCOMPARE(runs[0]["size"], 12.0);
-        QCOMPARE(runs[0]["bold"], true);
-        QCOMPARE(runs[0]["italic"], false);
-        QCOMPARE(runs[0]["underline"], 0);
-        QCOMPARE(runs[0]["foreground"], "#ff0000ff");
+        QCOMPARE(int(runs.size()), 2);
+        QVERIFY(runs[0]["location"] == 0);
+        QVERIFY(runs[0]["length"] == 7); // the honey pot counts two UTF-16 units
+        QVERIFY(runs[0]["font"] == "Helvetica-Bold");
+        QVERIFY(runs[0]["family"] == "Helvetica");
+        QVERIFY(runs[0]["size"] == 12.0);
+        QVERIFY(runs[0]["bold"] == true);
+        QVERIFY(runs[0]["italic"] == false);
+        QVERIFY(runs[0]["underline"] == 0);
+        QVERIFY(runs[0]["foreground"] == "#ff0000ff");
         QVERIFY(runs[0]["background"].is_null());
-        QCOMPARE(runs[0]["alignment"], "center");
-        QCOMPARE(runs[1]["location"], 7);
-        QCOMPARE(runs[1]["length"], 4);
+        QVERIFY(runs[0]["alignment"] == "center");
+        QVERIFY(runs[1]["location"] == 7);
+        QVERIFY(runs[1]["length"] == 4);
         QVERIFY(runs[1]["font"].is_null());
-        QCOMPARE(runs[1]["alignment"], "natural");
+        QVERIFY(runs[1]["alignment"] == "natural");
     }
 
     void convertsBetweenTheThreeTypes()
@@ -119,24 +119,24 @@ private Q_SLOTS:
         const QString rtf = path(QStringLiteral("label.rtf"));
         const QString txt = path(QStringLiteral("label.txt"));
         const QString back = path(QStringLiteral("back.lomir"));
-        QCOMPARE(
-            lomir({QStringLiteral("convert"), path(QStringLiteral("label.lomir")), rtf}).exitCode,
-            0);
-        QCOMPARE(lomir({QStringLiteral("convert"), rtf, back}).exitCode, 0);
-        QCOMPARE(lomir({QStringLiteral("convert"), back, txt}).exitCode, 0);
+        QCOMPARE(runLomir({QStringLiteral("convert"), path(QStringLiteral("label.lomir")), rtf})
+                     .exitCode,
+                 0);
+        QCOMPARE(runLomir({QStringLiteral("convert"), rtf, back}).exitCode, 0);
+        QCOMPARE(runLomir({QStringLiteral("convert"), back, txt}).exitCode, 0);
 
         QFile text(txt);
         QVERIFY(text.open(QIODevice::ReadOnly));
         QCOMPARE(QString::fromUtf8(text.readAll()), label().string());
 
         // Reading RTF fills a default record: the settings are not carried.
-        const Run run = lomir({QStringLiteral("inspect"), back});
+        const Run run = runLomir({QStringLiteral("inspect"), back});
         QCOMPARE(run.exitCode, 0);
         const auto json = nlohmann::json::parse(run.out.toStdString());
-        QCOMPARE(json["quantity"], "10");
-        QCOMPARE(json["serialStartFrom"], "0");
-        QCOMPARE(json["labelText"]["runs"][0]["bold"], true);
-        QCOMPARE(json["labelText"]["runs"][0]["foreground"], "#ff0000ff");
+        QVERIFY(json["quantity"] == "10");
+        QVERIFY(json["serialStartFrom"] == "0");
+        QVERIFY(json["labelText"]["runs"][0]["bold"] == true);
+        QVERIFY(json["labelText"]["runs"][0]["foreground"] == "#ff0000ff");
     }
 
     void failuresSayWhatWentWrong_data()
@@ -162,7 +162,7 @@ private Q_SLOTS:
         QFETCH(QStringList, arguments);
         QFETCH(int, exitCode);
         QFETCH(QString, mentions);
-        const Run run = lomir(arguments);
+        const Run run = runLomir(arguments);
         QCOMPARE(run.exitCode, exitCode);
         QVERIFY(run.out.isEmpty());
         const QString message = QString::fromUtf8(run.err).trimmed();
@@ -175,7 +175,7 @@ private Q_SLOTS:
         const QString damaged = path(QStringLiteral("damaged.lomir"));
         writeFile(damaged, R"({"labelText":"AAAA","quantity":"1"})");
         const QString output = path(QStringLiteral("never.txt"));
-        const Run run = lomir({QStringLiteral("convert"), damaged, output});
+        const Run run = runLomir({QStringLiteral("convert"), damaged, output});
         QCOMPARE(run.exitCode, 1);
         QVERIFY(!run.err.isEmpty());
         QVERIFY(!QFile::exists(output));
@@ -185,7 +185,8 @@ private Q_SLOTS:
     {
         const QString latin1 = path(QStringLiteral("latin1.txt"));
         writeFile(latin1, "caf\xE9");
-        const Run run = lomir({QStringLiteral("convert"), latin1, path(QStringLiteral("x.rtf"))});
+        const Run run =
+            runLomir({QStringLiteral("convert"), latin1, path(QStringLiteral("x.rtf"))});
         QCOMPARE(run.exitCode, 1);
         QVERIFY2(run.err.contains("UTF-8"), run.err.constData());
     }

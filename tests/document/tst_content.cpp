@@ -122,9 +122,10 @@ private Q_SLOTS:
         const Result<QByteArray> json = Content().encode();
         QVERIFY(json.ok());
         const QByteArray expectedTail =
-            R"(","quantity":"10","serialStartFrom":"0","width":"2.0","height":"12",)"
-            R"("dimensions":0,"metric":0,"magnification":500,"outputSpacing":1})";
-        QVERIFY2(json->startsWith(R"({"labelText":")"), json->constData());
+            "\",\"quantity\":\"10\",\"serialStartFrom\":\"0\",\"width\":\"2.0\","
+            "\"height\":\"12\",\"dimensions\":0,\"metric\":0,\"magnification\":500,"
+            "\"outputSpacing\":1}";
+        QVERIFY2(json->startsWith("{\"labelText\":\""), json->constData());
         QVERIFY2(json->endsWith(expectedTail), json->constData());
         QVERIFY(!json->contains("frameWidth"));
         QVERIFY(!json->contains("frameHeight"));
