@@ -563,19 +563,45 @@ void replaceLoneSurrogates(QString& text)
     }
 }
 
-// Joins pieces into one rich text by halves, so that the cost of appending stays
-// proportional to the number of pieces times its logarithm.
-RichText joinPieces(const std::vector<Piece>& pieces, std::size_t begin, std::size_t end)
+// Appends rich texts one after another in text order. Like a binary counter it only
+// joins parts of equal weight, so the whole costs the number of parts times its
+// logarithm instead of growing with the square of it.
+class RichTextJoiner
 {
-    if (begin >= end)
-        return {};
-    if (end - begin == 1)
-        return RichText(pieces[begin].text, pieces[begin].attributes);
-    const std::size_t middle = begin + (end - begin) / 2;
-    RichText text = joinPieces(pieces, begin, middle);
-    text.append(joinPieces(pieces, middle, end));
-    return text;
-}
+public:
+    void add(RichText text)
+    {
+        std::size_t weight = 1;
+        while (!m_parts.empty() && m_parts.back().weight <= weight) {
+            weight += m_parts.back().weight;
+            RichText joined = std::move(m_parts.back().text);
+            m_parts.pop_back();
+            joined.append(text);
+            text = std::move(joined);
+        }
+        m_parts.push_back({std::move(text), weight});
+    }
+
+    RichText take()
+    {
+        RichText result;
+        while (!m_parts.empty()) {
+            RichText joined = std::move(m_parts.back().text);
+            m_parts.pop_back();
+            joined.append(result);
+            result = std::move(joined);
+        }
+        return result;
+    }
+
+private:
+    struct Part
+    {
+        RichText text;
+        std::size_t weight = 0;
+    };
+    std::vector<Part> m_parts;
+};
 
 class RtfReader
 {
@@ -646,9 +672,9 @@ private:
     bool m_leadBytePending = false;
     rtf::CodePageDecoder m_decoder;
 
-    // output
+    // output: the paragraph being read, and the paragraphs before it
     std::vector<Piece> m_pieces;
-    std::size_t m_paragraphStart = 0; // first piece of the paragraph being read
+    RichTextJoiner m_text;
     bool m_newPieceCheck = true;
     TextAttributes m_attributes;
     bool m_attributesDirty = true;
@@ -1342,7 +1368,7 @@ void RtfReader::appendText(char16_t character)
         m_attributesDirty = false;
     }
     if (m_newPieceCheck) {
-        if (m_pieces.size() <= m_paragraphStart || m_pieces.back().attributes != m_attributes)
+        if (m_pieces.empty() || m_pieces.back().attributes != m_attributes)
             m_pieces.push_back({QString(), m_attributes});
         m_newPieceCheck = false;
     }
@@ -1376,9 +1402,20 @@ void RtfReader::closeParagraph(const ParagraphFormat& format)
     std::optional<ParagraphStyle> paragraph;
     if (style != ParagraphStyle{})
         paragraph = style;
-    for (std::size_t i = m_paragraphStart; i < m_pieces.size(); ++i)
-        m_pieces[i].attributes.paragraph = paragraph;
-    m_paragraphStart = m_pieces.size();
+    // A surrogate pair never spans a paragraph break, so each paragraph can be mended
+    // on its own before it joins the text.
+    QString whole;
+    for (const Piece& piece : m_pieces)
+        whole += piece.text;
+    replaceLoneSurrogates(whole);
+    qsizetype position = 0;
+    for (Piece& piece : m_pieces) {
+        const qsizetype size = piece.text.size();
+        piece.attributes.paragraph = paragraph;
+        m_text.add(RichText(whole.mid(position, size), std::move(piece.attributes)));
+        position += size;
+    }
+    m_pieces.clear();
     m_newPieceCheck = true;
 }
 
@@ -1498,20 +1535,9 @@ TextAttributes RtfReader::currentAttributes()
 
 RichText RtfReader::result()
 {
-    if (m_paragraphStart < m_pieces.size())
+    if (!m_pieces.empty())
         closeParagraph(m_lastTextParagraph);
-
-    QString whole;
-    for (const Piece& piece : m_pieces)
-        whole += piece.text;
-    replaceLoneSurrogates(whole);
-    qsizetype position = 0;
-    for (Piece& piece : m_pieces) {
-        const qsizetype size = piece.text.size();
-        piece.text = whole.mid(position, size);
-        position += size;
-    }
-    return joinPieces(m_pieces, 0, m_pieces.size());
+    return m_text.take();
 }
 
 // Whether the bytes open an RTF document: "{\rtf", after white space or a UTF-8 byte
