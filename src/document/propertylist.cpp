@@ -138,8 +138,11 @@ private:
     void finish(const Frame& frame)
     {
         m_state[frame.object] = State::Done;
-        m_weight[frame.object] = frame.weight;
-        m_height[frame.object] = frame.height;
+        // Stored narrow: a file has at most one object per byte, so these tables are
+        // the largest memory the check takes. Weights above the limit only need to stay
+        // above it, and heights never pass the depth limit.
+        m_weight[frame.object] = quint32(std::min<quint64>(frame.weight, kStoredWeightCap));
+        m_height[frame.object] = quint8(std::min<quint32>(frame.height, 255));
     }
 
     static void absorb(Frame& parent, quint64 weight, quint32 height)
@@ -218,6 +221,7 @@ private:
     }
 
     static constexpr quint64 kWeightCap = quint64(1) << 62;
+    static constexpr quint64 kStoredWeightCap = 0xffffffff;
 
     const uchar* m_bytes;
     quint64 m_size;
@@ -227,8 +231,8 @@ private:
     quint64 m_top = 0;
     quint64 m_tableOffset = 0;
     std::vector<State> m_state;
-    std::vector<quint64> m_weight;
-    std::vector<quint32> m_height;
+    std::vector<quint32> m_weight;
+    std::vector<quint8> m_height;
 };
 
 // ---------------------------------------------------------------------------------------

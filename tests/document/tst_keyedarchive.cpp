@@ -399,6 +399,7 @@ private Q_SLOTS:
     void binaryListBomb();
     void deeplyNestedLists();
     void manyRunsShareOneDictionary();
+    void oversizedArchive();
 };
 
 // ---------------------------------------------------------------------------------------
@@ -1645,6 +1646,16 @@ void TestKeyedArchive::manyRunsShareOneDictionary()
              qPrintable(
                  QStringLiteral("took %1 ms")
                      .arg(std::chrono::duration_cast<std::chrono::milliseconds>(elapsed).count())));
+}
+
+void TestKeyedArchive::oversizedArchive()
+{
+    // Far beyond any label: refused before it is parsed.
+    QByteArray huge("bplist00");
+    huge += QByteArray(kMaxPropertyListSize, 'x');
+    const auto read = unarchiveRichText(huge);
+    QVERIFY(!read.ok());
+    QVERIFY2(read.error().message.contains(u"too large"_s), qPrintable(read.error().message));
 }
 
 QTEST_GUILESS_MAIN(TestKeyedArchive)
