@@ -1,6 +1,7 @@
 #include "layout/labeltextlayout.h"
 
 #include "document/richtextdocument.h"
+#include "layout/layoutresolution.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QPaintDevice>
@@ -18,14 +19,6 @@ QT_END_NAMESPACE
 namespace lomir {
 
 namespace {
-
-// A hundredth of a point: fine enough that rounding to it never shows, coarse enough
-// for ordinary type to stay far below the rasteriser's limit.
-constexpr int kLayoutDpi = 7200;
-// Faces are kept at most this large: from about 20000 pixels on, Qt's FreeType engine
-// reports a font's ascent and descent as 0 (its fixed-point metrics overflow), and lines
-// lose their height.
-constexpr double kLargestPixelSize = 10000.0;
 
 // A paint device that is never painted on: it only tells the text engine the
 // resolution to resolve fonts at.
@@ -66,20 +59,6 @@ private:
     int m_dpi;
 };
 
-// The resolution for a text: 7200 dpi, or less when its largest type would make faces
-// too large to rasterise.
-int layoutDpi(const RichText& text)
-{
-    double largest = defaultFont().pointSize;
-    text.forEachRun(0, text.length(), [&](const TextAttributes& attributes, int, int) {
-        if (attributes.font)
-            largest = std::max(largest, attributes.font->pointSize);
-    });
-    if (largest * kLayoutDpi / 72.0 <= kLargestPixelSize)
-        return kLayoutDpi;
-    return std::max(1, int(kLargestPixelSize * 72.0 / largest));
-}
-
 // The converter gives block formats their lengths in points. Qt's document layout takes
 // horizontal ones (indents) in device units and vertical ones (paragraph spacing, line
 // heights) in pixels of its default resolution, which it then scales to the device's
@@ -116,7 +95,8 @@ void convertBlockLengthsToLayoutUnits(QTextDocument& document, double unitsPerPo
 } // namespace
 
 LabelTextLayout::LabelTextLayout(const RichText& text, std::optional<double> wrapWidth)
-    : m_device(std::make_unique<PointLayoutDevice>(layoutDpi(text))),
+    : m_device(std::make_unique<PointLayoutDevice>(
+          layoutDpi(std::max(largestPointSize(text), defaultFont().pointSize)))),
       m_unitsPerPoint(m_device->logicalDpiY() / 72.0)
 {
     m_document.documentLayout()->setPaintDevice(m_device.get());
@@ -130,6 +110,7 @@ LabelTextLayout::LabelTextLayout(const RichText& text, std::optional<double> wra
     QTextOption option = m_document.defaultTextOption();
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     option.setUseDesignMetrics(true);
+    option.setTabStopDistance(kDefaultTabInterval * m_unitsPerPoint);
     m_document.setDefaultTextOption(option);
     m_document.setUndoRedoEnabled(false);
     setRichText(m_document, text);

@@ -1,6 +1,7 @@
 #include "layout/measurement.h"
 
 #include "document/richtextdocument.h"
+#include "layout/layoutresolution.h"
 
 #include <QFontMetricsF>
 #include <QTextBlock>
@@ -20,15 +21,6 @@ constexpr QChar kCarriageReturn = u'\r';
 constexpr double kWidthPadding = 2.0;
 constexpr double kHeightPadding = 1.0;
 
-// Qt makes fonts in whole device pixels, so at screen resolution a 4 point font is not
-// 4 points. Text is therefore laid out at 100 pixels per point, where every size given
-// to two decimals is a whole number of pixels, and the results are divided back.
-constexpr double kPixelsPerPoint = 100.0;
-// FreeType cannot make a face of 65536 pixels or more: very large type is laid out at
-// a lower resolution, chosen so that its largest font stays below that.
-constexpr double kLargestPixelSize = 60000.0;
-// The text system's default tab stops: every 28 points.
-constexpr double kTabInterval = 28.0;
 // Wider than any label; lines are never wrapped anyway.
 constexpr qreal kUnboundedLineWidth = 1.0e6;
 
@@ -57,12 +49,7 @@ struct LineMetrics
 class PointLayout
 {
 public:
-    explicit PointLayout(double largestPointSize)
-        : m_pixelsPerPoint(largestPointSize * kPixelsPerPoint > kLargestPixelSize
-                               ? kLargestPixelSize / largestPointSize
-                               : kPixelsPerPoint)
-    {
-    }
+    explicit PointLayout(double largestSize) : m_pixelsPerPoint(layoutDpi(largestSize) / 72.0) {}
 
     // The face at its size in layout pixels, unhinted so that advances are the font's
     // design widths rather than widths snapped to pixels.
@@ -104,7 +91,7 @@ public:
         QTextOption option;
         option.setWrapMode(QTextOption::NoWrap);
         option.setUseDesignMetrics(true);
-        option.setTabStopDistance(kTabInterval * m_pixelsPerPoint);
+        option.setTabStopDistance(kDefaultTabInterval * m_pixelsPerPoint);
         layout.setTextOption(option);
 
         std::vector<LineMetrics> lines;
@@ -121,15 +108,6 @@ public:
 private:
     double m_pixelsPerPoint;
 };
-
-double largestPointSize(const RichText& text)
-{
-    double largest = 0.0;
-    text.forEachRun(0, text.length(), [&](const TextAttributes& attributes, int, int) {
-        largest = std::max(largest, fontOf(attributes).pointSize);
-    });
-    return largest;
-}
 
 // Calls visit(location, length, emptyLineFont) for each paragraph of the text: the
 // pieces between line feeds, a text without one being one paragraph and a trailing line
