@@ -6,15 +6,15 @@
 
 namespace lomir {
 
-void fatalError(std::string_view message, std::source_location where)
+void fatalError(std::string_view message, SourcePosition where)
 {
-    std::fprintf(stderr, "Fatal error: %.*s (%s:%u)\n", int(message.size()), message.data(),
-                 where.file_name(), unsigned(where.line()));
+    std::fprintf(stderr, "Fatal error: %.*s (%s:%d)\n", int(message.size()), message.data(),
+                 where.file, where.line);
     std::fflush(stderr);
     std::abort();
 }
 
-qint64 checkedInt64(double value, std::source_location where)
+qint64 checkedInt64(double value, SourcePosition where)
 {
     // 2^63 is exactly representable; every double below it converts without overflow.
     constexpr double limit = 9223372036854775808.0;
@@ -23,7 +23,7 @@ qint64 checkedInt64(double value, std::source_location where)
     return static_cast<qint64>(value);
 }
 
-qint64 checkedAdd(qint64 a, qint64 b, std::source_location where)
+qint64 checkedAdd(qint64 a, qint64 b, SourcePosition where)
 {
     qint64 sum = 0;
     if (__builtin_add_overflow(a, b, &sum))
@@ -31,7 +31,7 @@ qint64 checkedAdd(qint64 a, qint64 b, std::source_location where)
     return sum;
 }
 
-qint64 checkedMultiply(qint64 a, qint64 b, std::source_location where)
+qint64 checkedMultiply(qint64 a, qint64 b, SourcePosition where)
 {
     qint64 product = 0;
     if (__builtin_mul_overflow(a, b, &product))
