@@ -878,7 +878,7 @@ Result<ArchiveReader> openWithRoot(const QByteArray& archive, const char* classN
     const Object& root = reader->root();
     if (root.isNil()) {
         return Error{QStringLiteral("NSCocoaErrorDomain"), nilCode,
-                     QStringLiteral("The archive holds no %1: its root object is nil.")
+                     QStringLiteral("The archive is empty: its root object is nil, not %1.")
                          .arg(QLatin1String(description))};
     }
     Result<ClassInfo> info = reader->classOf(root);
