@@ -1,4 +1,5 @@
 #include "layout/serialnumber.h"
+#include "support/fatalstop.h"
 
 #include <QCoreApplication>
 #include <QProcess>
@@ -6,13 +7,11 @@
 #include <cstdio>
 #include <cstring>
 #include <limits>
-#include <sys/resource.h>
 
 using namespace lomir;
 
 namespace {
 
-constexpr char kFatalCaseOption[] = "--fatal-case";
 constexpr qint64 kMaxInt64 = std::numeric_limits<qint64>::max();
 constexpr qint64 kMinInt64 = std::numeric_limits<qint64>::min();
 
@@ -81,34 +80,6 @@ int runFatalCase(const char* name)
     else
         return 2;
     return 0;
-}
-
-struct ChildRun
-{
-    bool finished = false;
-    QProcess::ExitStatus status = QProcess::NormalExit;
-    int exitCode = 0;
-    QString errorOutput;
-};
-
-// Runs this test program again with a fatal case and reports how it ended.
-ChildRun runInChild(const QString& caseName)
-{
-    QProcess child;
-    child.setProgram(QCoreApplication::applicationFilePath());
-    child.setArguments({QString::fromLatin1(kFatalCaseOption), caseName});
-    child.setChildProcessModifier([] {
-        // The child aborts on purpose: no core file for it.
-        const rlimit noCoreFile{0, 0};
-        setrlimit(RLIMIT_CORE, &noCoreFile);
-    });
-    child.start();
-    ChildRun run;
-    run.finished = child.waitForFinished(60000);
-    run.status = child.exitStatus();
-    run.exitCode = child.exitCode();
-    run.errorOutput = QString::fromUtf8(child.readAllStandardError());
-    return run;
 }
 
 } // namespace
@@ -496,7 +467,7 @@ void TestSerialNumber::fatalStops()
     QFETCH(QString, caseName);
     QFETCH(QString, message);
 
-    const ChildRun run = runInChild(caseName);
+    const lomir::testing::ChildRun run = lomir::testing::runInChild(caseName);
     QVERIFY2(run.finished, "the child process did not finish");
     QVERIFY2(run.status == QProcess::CrashExit, qPrintable(run.errorOutput));
     QVERIFY2(run.errorOutput.contains(QStringLiteral("Fatal error: ") + message),
@@ -506,7 +477,7 @@ void TestSerialNumber::fatalStops()
 void TestSerialNumber::harmlessCaseRunsToEnd()
 {
     // The largest number itself is fine; only going past it stops the program.
-    const ChildRun run = runInChild(QStringLiteral("harmless"));
+    const lomir::testing::ChildRun run = lomir::testing::runInChild(QStringLiteral("harmless"));
     QVERIFY(run.finished);
     QCOMPARE(run.status, QProcess::NormalExit);
     QCOMPARE(run.exitCode, 0);
@@ -515,7 +486,7 @@ void TestSerialNumber::harmlessCaseRunsToEnd()
 
 int main(int argc, char* argv[])
 {
-    if (argc == 3 && std::strcmp(argv[1], kFatalCaseOption) == 0)
+    if (lomir::testing::isFatalCaseRun(argc, argv))
         return runFatalCase(argv[2]);
 
     QCoreApplication app(argc, argv);

@@ -4,6 +4,7 @@
 #include "layout/serialnumber.h"
 #include "layout/sheetgeometry.h"
 #include "layout/tilingtextview.h"
+#include "support/fatalstop.h"
 
 #include <QFile>
 #include <QFontDatabase>
@@ -25,13 +26,10 @@
 #include <cstring>
 #include <limits>
 #include <memory>
-#include <sys/resource.h>
 
 using namespace lomir;
 
 namespace {
-
-constexpr char kFatalCaseOption[] = "--fatal-case";
 
 // US Letter less half-inch margins: 5 columns and 14 rows of 100 x 50 point labels.
 const QSizeF kPaper(612.0, 792.0);
@@ -362,34 +360,6 @@ int runFatalCase(const char* name)
     QPainter painter(&image);
     view->drawRect(painter, rect);
     return 0;
-}
-
-struct ChildRun
-{
-    bool finished = false;
-    QProcess::ExitStatus status = QProcess::NormalExit;
-    int exitCode = 0;
-    QString errorOutput;
-};
-
-// Runs this test program again with a fatal case and reports how it ended.
-ChildRun runInChild(const QString& caseName)
-{
-    QProcess child;
-    child.setProgram(QCoreApplication::applicationFilePath());
-    child.setArguments({QString::fromLatin1(kFatalCaseOption), caseName});
-    child.setChildProcessModifier([] {
-        // The child aborts on purpose: no core file for it.
-        const rlimit noCoreFile{0, 0};
-        setrlimit(RLIMIT_CORE, &noCoreFile);
-    });
-    child.start();
-    ChildRun run;
-    run.finished = child.waitForFinished(60000);
-    run.status = child.exitStatus();
-    run.exitCode = child.exitCode();
-    run.errorOutput = QString::fromUtf8(child.readAllStandardError());
-    return run;
 }
 
 } // namespace
@@ -1045,7 +1015,7 @@ void TestTilingTextView::fatalStops_data()
 void TestTilingTextView::fatalStops()
 {
     QFETCH(QString, caseName);
-    const ChildRun run = runInChild(caseName);
+    const lomir::testing::ChildRun run = lomir::testing::runInChild(caseName);
     QVERIFY2(run.finished, "the child process did not finish");
     QVERIFY2(run.status == QProcess::CrashExit, qPrintable(run.errorOutput));
     QVERIFY2(run.errorOutput.contains(QStringLiteral("Fatal error: ")),
@@ -1056,7 +1026,7 @@ void TestTilingTextView::harmlessCaseRunsToEnd()
 {
     // The same harness on the complete view: the child must end normally, so a crash seen
     // above is the fatal stop and not the harness.
-    const ChildRun run = runInChild(QStringLiteral("harmless"));
+    const lomir::testing::ChildRun run = lomir::testing::runInChild(QStringLiteral("harmless"));
     QVERIFY(run.finished);
     QCOMPARE(run.status, QProcess::NormalExit);
     QCOMPARE(run.exitCode, 0);
@@ -1066,7 +1036,7 @@ void TestTilingTextView::harmlessCaseRunsToEnd()
 int main(int argc, char* argv[])
 {
     QGuiApplication app(argc, argv);
-    if (argc == 3 && std::strcmp(argv[1], kFatalCaseOption) == 0)
+    if (lomir::testing::isFatalCaseRun(argc, argv))
         return runFatalCase(argv[2]);
 
     TestTilingTextView test;
