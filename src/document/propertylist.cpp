@@ -274,9 +274,13 @@ private:
     Error malformed() const
     {
         if (m_xml.hasError()) {
+            // Qt's reasons are sentences of their own; the full stop comes at the end.
+            QString reason = m_xml.errorString();
+            while (reason.endsWith(QLatin1Char('.')))
+                reason.chop(1);
             return archiveDamaged(QStringLiteral("its XML property list is malformed (line %1: %2)")
                                       .arg(m_xml.lineNumber())
-                                      .arg(m_xml.errorString()));
+                                      .arg(reason));
         }
         return archiveDamaged(
             QStringLiteral("its XML property list is malformed (line %1)").arg(m_xml.lineNumber()));

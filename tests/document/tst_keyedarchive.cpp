@@ -800,6 +800,9 @@ void TestKeyedArchive::xmlForm()
     const auto broken = unarchiveRichText(xmlArchive.left(xmlArchive.size() / 2));
     QVERIFY(!broken.ok());
     QCOMPARE(broken.error().code, kArchiveReadCorruptError);
+    QVERIFY2(broken.error().message.contains(u"XML property list is malformed"_s),
+             qPrintable(broken.error().message));
+    QVERIFY(!broken.error().message.endsWith(u".)."_s));
 }
 
 // ---------------------------------------------------------------------------------------
