@@ -196,18 +196,12 @@ Rgba namedColor(const QString& name)
     return Rgba{0, 0, 0, 255};
 }
 
-// Builds a text from runs that cover it in order. Joining halves keeps the work at
-// n log n for many runs; appending one run at a time would be quadratic.
-RichText joinRuns(const QString& text, const std::vector<AttributeRun>& runs, std::size_t first,
-                  std::size_t last)
+// Builds a text from runs that cover it in order.
+RichText joinRuns(const QString& text, const std::vector<AttributeRun>& runs)
 {
-    if (last - first == 1) {
-        const AttributeRun& run = runs[first];
-        return RichText(text.mid(run.location, run.length), run.attributes);
-    }
-    const std::size_t middle = first + (last - first) / 2;
-    RichText joined = joinRuns(text, runs, first, middle);
-    joined.append(joinRuns(text, runs, middle, last));
+    RichText joined;
+    for (const AttributeRun& run : runs)
+        joined.append(text.mid(run.location, run.length), run.attributes);
     return joined;
 }
 
@@ -338,7 +332,7 @@ public:
                 runs.push_back({location, int(entry.length), std::move(runAttributes).value()});
             location += int(entry.length);
         }
-        return joinRuns(string, runs, 0, runs.size());
+        return joinRuns(string, runs);
     }
 
     Result<Rgba> readColor(const Object& object)

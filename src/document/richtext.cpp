@@ -98,6 +98,17 @@ void RichText::replace(int location, int length, const QString& text)
 void RichText::replace(int location, int length, const RichText& text)
 {
     Q_ASSERT(location >= 0 && length >= 0 && location + length <= this->length());
+    if (location == this->length()) {
+        // Appending touches only the boundary, so a text can be built run by run.
+        m_string.append(text.m_string);
+        for (const Run& run : text.m_runs) {
+            if (!m_runs.empty() && m_runs.back().attributes == run.attributes)
+                m_runs.back().length += run.length;
+            else
+                m_runs.push_back(run);
+        }
+        return;
+    }
     const std::size_t first = splitAt(location);
     const std::size_t last = splitAt(location + length);
     m_runs.erase(m_runs.begin() + std::ptrdiff_t(first), m_runs.begin() + std::ptrdiff_t(last));
