@@ -810,10 +810,10 @@ private:
                     return font.error();
                 if (font->isNil())
                     continue;
-                Result<FontSpec> spec = readFont(*font);
-                if (!spec)
-                    return spec.error();
-                attributes.font = std::move(spec).value();
+                Result<FontSpec> face = readFont(*font);
+                if (!face)
+                    return face.error();
+                attributes.font = std::move(face).value();
             } else if (name == QLatin1String("NSColor") ||
                        name == QLatin1String("NSBackgroundColor")) {
                 Result<Object> color = resolve(value);

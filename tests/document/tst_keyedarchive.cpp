@@ -60,13 +60,13 @@ QByteArray readFixture(const QString& name)
 
 FontSpec font(const QString& family, double size, bool bold = false, bool italic = false)
 {
-    FontSpec spec;
-    spec.family = family;
-    spec.postScriptName = postScriptNameFor(family, bold, italic);
-    spec.pointSize = size;
-    spec.bold = bold;
-    spec.italic = italic;
-    return spec;
+    FontSpec face;
+    face.family = family;
+    face.postScriptName = postScriptNameFor(family, bold, italic);
+    face.pointSize = size;
+    face.bold = bold;
+    face.italic = italic;
+    return face;
 }
 
 ParagraphStyle aligned(TextAlignment alignment)
