@@ -1,6 +1,7 @@
 #include "document/content.h"
 #include "document/keyedarchive.h"
 
+#include <QFile>
 #include <QTest>
 #include <cmath>
 #include <plist/plist.h>
@@ -407,6 +408,52 @@ private Q_SLOTS:
         const Result<Content> decoded = Content::decode(first);
         QVERIFY(decoded.ok());
         QCOMPARE(decoded->encode().value(), first);
+    }
+
+    void recordWrittenByOthersReencodesToAnEqualRecord_data()
+    {
+        QTest::addColumn<QString>("fixture");
+        QTest::newRow("attributed string")
+            << QStringLiteral("scf-macos10.14-NSAttributedString.bplist");
+        QTest::newRow("mutable attributed string")
+            << QStringLiteral("scf-macos10.14-NSMutableAttributedString.bplist");
+        QTest::newRow("text storage")
+            << QStringLiteral("menubarnotes-textstorage-light-srgb.bplist");
+    }
+
+    void recordWrittenByOthersReencodesToAnEqualRecord()
+    {
+        // A record as another program might write it: keys in another order, white space,
+        // escaped slashes, and a label text archived by macOS itself.
+        QFETCH(QString, fixture);
+        QFile file(QStringLiteral(LOMIR_SHARED_DIR "/fixtures/keyed-archive/") + fixture);
+        if (!file.exists())
+            QSKIP("The shared fixtures folder is not beside the checkout.");
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray base64 = file.readAll().toBase64().replace("/", "\\/");
+        const QByteArray json = "{\n  \"outputSpacing\" : 0,\n  \"frameHeight\" : 40.5,\n"
+                                "  \"labelText\" : \"" +
+                                base64 +
+                                "\",\n  \"magnification\" : 1000,\n  \"metric\" : 1,\n"
+                                "  \"dimensions\" : 4,\n  \"height\" : \"0.5\",\n"
+                                "  \"width\" : \"1.25\",\n  \"quantity\" : \"100\"\n}";
+        const Result<Content> read = Content::decode(json);
+        QVERIFY2(read.ok(), qPrintable(read.ok() ? QString() : read.error().message));
+        QVERIFY(!read->labelText.nsAttributedString().isEmpty());
+        const Result<Content> again = Content::decode(read->encode().value());
+        QVERIFY(again.ok());
+        QCOMPARE(again->labelText.nsAttributedString(), read->labelText.nsAttributedString());
+        QCOMPARE(again->quantity, read->quantity);
+        QCOMPARE(again->serialStartFrom, read->serialStartFrom);
+        QVERIFY(!again->serialStartFrom);
+        QCOMPARE(again->width, read->width);
+        QCOMPARE(again->height, read->height);
+        QCOMPARE(again->dimensions, read->dimensions);
+        QCOMPARE(again->metric, read->metric);
+        QCOMPARE(again->magnification, read->magnification);
+        QCOMPARE(again->outputSpacing, read->outputSpacing);
+        QCOMPARE(again->frameWidth, read->frameWidth);
+        QCOMPARE(again->frameHeight, std::optional(40.5));
     }
 
     void sharesTheTextItWasGiven()
