@@ -466,22 +466,13 @@ void TestSerialNumber::fatalStops()
 {
     QFETCH(QString, caseName);
     QFETCH(QString, message);
-
-    const lomir::testing::ChildRun run = lomir::testing::runInChild(caseName);
-    QVERIFY2(run.finished, "the child process did not finish");
-    QVERIFY2(run.status == QProcess::CrashExit, qPrintable(run.errorOutput));
-    QVERIFY2(run.errorOutput.contains(QStringLiteral("Fatal error: ") + message),
-             qPrintable(run.errorOutput));
+    lomir::testing::verifyStops(caseName, message);
 }
 
 void TestSerialNumber::harmlessCaseRunsToEnd()
 {
     // The largest number itself is fine; only going past it stops the program.
-    const lomir::testing::ChildRun run = lomir::testing::runInChild(QStringLiteral("harmless"));
-    QVERIFY(run.finished);
-    QCOMPARE(run.status, QProcess::NormalExit);
-    QCOMPARE(run.exitCode, 0);
-    QVERIFY(!run.errorOutput.contains(QStringLiteral("Fatal error")));
+    lomir::testing::verifyRunsToEnd(QStringLiteral("harmless"));
 }
 
 int main(int argc, char* argv[])

@@ -427,23 +427,14 @@ void TestSheetGeometry::fatalStops()
 {
     QFETCH(QString, caseName);
     QFETCH(QString, message);
-
-    const lomir::testing::ChildRun run = lomir::testing::runInChild(caseName);
-    QVERIFY2(run.finished, "the child process did not finish");
-    QVERIFY2(run.status == QProcess::CrashExit, qPrintable(run.errorOutput));
-    QVERIFY2(run.errorOutput.contains(QStringLiteral("Fatal error: ") + message),
-             qPrintable(run.errorOutput));
+    lomir::testing::verifyStops(caseName, message);
 }
 
 void TestSheetGeometry::harmlessCaseRunsToEnd()
 {
     // The same harness on a case that does not stop: the child must end normally, so a
     // crash seen above is the fatal stop and not the harness.
-    const lomir::testing::ChildRun run = lomir::testing::runInChild(QStringLiteral("harmless"));
-    QVERIFY(run.finished);
-    QCOMPARE(run.status, QProcess::NormalExit);
-    QCOMPARE(run.exitCode, 0);
-    QVERIFY(!run.errorOutput.contains(QStringLiteral("Fatal error")));
+    lomir::testing::verifyRunsToEnd(QStringLiteral("harmless"));
 }
 
 int main(int argc, char* argv[])

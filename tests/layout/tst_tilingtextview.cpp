@@ -1015,22 +1015,14 @@ void TestTilingTextView::fatalStops_data()
 void TestTilingTextView::fatalStops()
 {
     QFETCH(QString, caseName);
-    const lomir::testing::ChildRun run = lomir::testing::runInChild(caseName);
-    QVERIFY2(run.finished, "the child process did not finish");
-    QVERIFY2(run.status == QProcess::CrashExit, qPrintable(run.errorOutput));
-    QVERIFY2(run.errorOutput.contains(QStringLiteral("Fatal error: ")),
-             qPrintable(run.errorOutput));
+    lomir::testing::verifyStops(caseName, QString());
 }
 
 void TestTilingTextView::harmlessCaseRunsToEnd()
 {
     // The same harness on the complete view: the child must end normally, so a crash seen
     // above is the fatal stop and not the harness.
-    const lomir::testing::ChildRun run = lomir::testing::runInChild(QStringLiteral("harmless"));
-    QVERIFY(run.finished);
-    QCOMPARE(run.status, QProcess::NormalExit);
-    QCOMPARE(run.exitCode, 0);
-    QVERIFY(!run.errorOutput.contains(QStringLiteral("Fatal error")));
+    lomir::testing::verifyRunsToEnd(QStringLiteral("harmless"));
 }
 
 int main(int argc, char* argv[])

@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QProcess>
 #include <QString>
+#include <QTest>
 #include <cstring>
 #include <sys/resource.h>
 
@@ -46,6 +47,28 @@ inline ChildRun runInChild(const QString& caseName)
     run.exitCode = child.exitCode();
     run.errorOutput = QString::fromUtf8(child.readAllStandardError());
     return run;
+}
+
+// Runs the fatal case in a child and checks that it stopped the program with the
+// message (a failure is recorded in the current test).
+inline void verifyStops(const QString& caseName, const QString& message)
+{
+    const ChildRun run = runInChild(caseName);
+    QVERIFY2(run.finished, "the child process did not finish");
+    QVERIFY2(run.status == QProcess::CrashExit, qPrintable(run.errorOutput));
+    QVERIFY2(run.errorOutput.contains(QStringLiteral("Fatal error: ") + message),
+             qPrintable(run.errorOutput));
+}
+
+// Runs a case that must not stop in a child and checks that it ended normally, so that
+// the crashes seen for the fatal cases are the stops and not the harness.
+inline void verifyRunsToEnd(const QString& caseName)
+{
+    const ChildRun run = runInChild(caseName);
+    QVERIFY(run.finished);
+    QCOMPARE(run.status, QProcess::NormalExit);
+    QCOMPARE(run.exitCode, 0);
+    QVERIFY(!run.errorOutput.contains(QStringLiteral("Fatal error")));
 }
 
 } // namespace lomir::testing
