@@ -1,5 +1,6 @@
 #include "document/content.h"
 #include "document/keyedarchive.h"
+#include "support/archivebuilder.h"
 
 #include <QFile>
 #include <QTest>
@@ -42,39 +43,16 @@ QString emptyLabelBase64()
     return AttributedString(RichText()).encode();
 }
 
-// A keyed archive whose $top root refers to the given object table entry; the table
-// holds "$null" and, when given, one more object.
-QByteArray archiveWithRoot(uint64_t rootUid, plist_t rootObject)
-{
-    plist_t root = plist_new_dict();
-    plist_dict_set_item(root, "$archiver", plist_new_string("NSKeyedArchiver"));
-    plist_dict_set_item(root, "$version", plist_new_uint(100000));
-    plist_t top = plist_new_dict();
-    plist_dict_set_item(top, "root", plist_new_uid(rootUid));
-    plist_dict_set_item(root, "$top", top);
-    plist_t objects = plist_new_array();
-    plist_array_append_item(objects, plist_new_string("$null"));
-    if (rootObject)
-        plist_array_append_item(objects, rootObject);
-    plist_dict_set_item(root, "$objects", objects);
-    char* bytes = nullptr;
-    uint32_t length = 0;
-    plist_to_bin(root, &bytes, &length);
-    QByteArray result(bytes, qsizetype(length));
-    plist_to_bin_free(bytes);
-    plist_free(root);
-    return result;
-}
-
 // A keyed archive whose root is a plain string, not an attributed string.
 QByteArray archiveOfString()
 {
-    return archiveWithRoot(1, plist_new_string("just a string"));
+    testing::ArchiveBuilder archive;
+    return archive.finish(archive.add(plist_new_string("just a string")));
 }
 
 QByteArray archiveWithNilRoot()
 {
-    return archiveWithRoot(0, nullptr);
+    return testing::ArchiveBuilder().finish(0);
 }
 
 } // namespace
