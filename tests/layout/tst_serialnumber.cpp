@@ -475,15 +475,6 @@ void TestSerialNumber::harmlessCaseRunsToEnd()
     lomir::testing::verifyRunsToEnd(QStringLiteral("harmless"));
 }
 
-int main(int argc, char* argv[])
-{
-    if (lomir::testing::isFatalCaseRun(argc, argv))
-        return runFatalCase(argv[2]);
-
-    QCoreApplication app(argc, argv);
-    TestSerialNumber test;
-    QTEST_SET_MAIN_SOURCE_PATH
-    return QTest::qExec(&test, argc, argv);
-}
+LOMIR_TEST_MAIN_WITH_FATAL_CASES(QCoreApplication, TestSerialNumber)
 
 #include "tst_serialnumber.moc"
