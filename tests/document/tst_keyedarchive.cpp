@@ -164,24 +164,8 @@ QByteArray mutated(const QByteArray& archive, const std::function<void(ParsedArc
 QByteArray archiveWithColor(const std::function<quint64(ArchiveBuilder&)>& makeColor)
 {
     ArchiveBuilder b;
-    const quint64 stringClass =
-        b.addClass("NSAttributedString", {"NSAttributedString", "NSObject"});
-    const quint64 dictionaryClass = b.addClass("NSDictionary", {"NSDictionary", "NSObject"});
     const quint64 color = makeColor(b);
-    const quint64 text = b.add(plist_new_string("Hello"));
-    const quint64 key = b.add(plist_new_string("NSColor"));
-    plist_t dictionary = ArchiveBuilder::object(dictionaryClass);
-    plist_t keys = plist_new_array();
-    plist_array_append_item(keys, plist_new_uid(key));
-    plist_t values = plist_new_array();
-    plist_array_append_item(values, plist_new_uid(color));
-    plist_dict_set_item(dictionary, "NS.keys", keys);
-    plist_dict_set_item(dictionary, "NS.objects", values);
-    const quint64 attributes = b.add(dictionary);
-    plist_t root = ArchiveBuilder::object(stringClass);
-    plist_dict_set_item(root, "NSString", plist_new_uid(text));
-    plist_dict_set_item(root, "NSAttributes", plist_new_uid(attributes));
-    return b.finish(b.add(root));
+    return b.finish(b.addAttributedString("Hello", {{"NSColor", color}}));
 }
 
 plist_t colorObject(quint64 colorClass, qint64 model, const char* key, const char* components)
