@@ -22,4 +22,16 @@ inline Error archiveDamaged(const char* detail)
     return archiveDamaged(QString::fromLatin1(detail));
 }
 
+// For a well-formed archive that holds an object of a class the reader does not know,
+// with no class named in its place that the reader does know (another program's own
+// colour class, an attachment where a font belongs). macOS's unarchiver reports a class
+// it cannot find with the same code.
+inline Error archiveHoldsUnreadableClass(const QString& className)
+{
+    return Error{QStringLiteral("NSCocoaErrorDomain"), kArchiveReadCorruptError,
+                 QStringLiteral("The archive holds an object of class \u201c%1\u201d, which "
+                                "Lomir cannot read.")
+                     .arg(className)};
+}
+
 } // namespace lomir

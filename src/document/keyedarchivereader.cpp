@@ -6,7 +6,16 @@
 // value's type is checked before use, objects that refer back to themselves and chains
 // that nest too deeply are refused, and decoded attribute dictionaries are remembered so
 // that an archive sharing one dictionary among many runs costs no more than its size.
-// Unknown attribute keys are skipped, as macOS skips attributes it has no use for.
+// Unknown attribute keys are skipped, whatever their values, as macOS skips attributes it
+// has no use for.
+//
+// Objects are read by class. A class this reader does not know may name, in its
+// description's $classhints, classes to read it as instead: UIKit archives UIColor and
+// UIFont with the hints NSColor and NSFont, and carries NSColor's and NSFont's keys
+// beside its own. An object of a class that is neither known nor stands in for one
+// cannot be read; where a font, colour, paragraph style or the text itself should be,
+// the archive is refused as holding such an object, not as damaged, since nothing in it
+// is malformed.
 
 #include "document/archiveerrors.h"
 #include "document/colorspaces.h"
@@ -62,7 +71,33 @@ Error wrongRootClass(const QString& className, const char* expected)
                      .arg(className, QLatin1String(expected))};
 }
 
-// The class of an object in the archive, from its class description.
+// The classes this reader decodes, as the archive names them.
+bool isReadableClass(const QString& name)
+{
+    static const char* const kReadable[] = {"NSAttributedString",
+                                            "NSMutableAttributedString",
+                                            "NSTextStorage",
+                                            "NSString",
+                                            "NSMutableString",
+                                            "NSNumber",
+                                            "NSData",
+                                            "NSMutableData",
+                                            "NSArray",
+                                            "NSMutableArray",
+                                            "NSDictionary",
+                                            "NSMutableDictionary",
+                                            "NSFont",
+                                            "NSColor",
+                                            "NSColorSpace",
+                                            "NSParagraphStyle",
+                                            "NSMutableParagraphStyle"};
+    return std::any_of(std::begin(kReadable), std::end(kReadable),
+                       [&name](const char* readable) { return name == QLatin1String(readable); });
+}
+
+// The class of an object in the archive, from its class description: its name, and the
+// classes it can be read as. Those are its superclasses ($classes), or, for a class this
+// reader does not know, the first class in $classhints that it does know.
 struct ClassInfo
 {
     QString name;
@@ -72,6 +107,19 @@ struct ClassInfo
     {
         const QLatin1String wanted(className);
         return name == wanted || chain.contains(wanted);
+    }
+
+    bool readable() const
+    {
+        return isReadableClass(name) || std::any_of(chain.begin(), chain.end(), isReadableClass);
+    }
+
+    // The error for an object of this class where one of another class was expected:
+    // a damaged archive if this class is one the reader knows (or reads another as),
+    // otherwise an archive holding what cannot be read.
+    Error mismatch(const Error& damaged) const
+    {
+        return readable() ? damaged : archiveHoldsUnreadableClass(name);
     }
 };
 
@@ -256,18 +304,21 @@ public:
         if (name == nullptr || plist_get_node_type(name) != PLIST_STRING)
             return archiveDamaged("an object's class description has no class name");
         ClassInfo info{stringValue(name), {}};
-        if (plist_t chain = plist_dict_get_item(description, "$classes"); chain != nullptr) {
-            if (plist_get_node_type(chain) != PLIST_ARRAY)
-                return archiveDamaged("an object's class description has a malformed list of "
-                                      "superclasses");
-            const uint32_t count = plist_array_get_size(chain);
-            for (uint32_t i = 0; i < count; ++i) {
-                plist_t entry = plist_array_get_item(chain, i);
-                if (plist_get_node_type(entry) != PLIST_STRING)
-                    return archiveDamaged("an object's class description has a malformed list "
-                                          "of superclasses");
-                info.chain.append(stringValue(entry));
-            }
+        Result<QStringList> chain =
+            classNames(description, "$classes", "a malformed list of superclasses");
+        if (!chain)
+            return chain.error();
+        info.chain = std::move(chain).value();
+        // As macOS's unarchiver does, the hints are consulted only for a class that is
+        // missing; the first that this reader knows stands in for it.
+        if (!isReadableClass(info.name)) {
+            Result<QStringList> hints =
+                classNames(description, "$classhints", "a malformed list of class hints");
+            if (!hints)
+                return hints.error();
+            const auto hint = std::find_if(hints->begin(), hints->end(), isReadableClass);
+            if (hint != hints->end())
+                info.chain = QStringList{*hint};
         }
         m_classes.emplace(uid, info);
         return info;
@@ -342,6 +393,12 @@ public:
         const auto leave = qScopeGuard([this] { m_path.pop_back(); });
         if (Status checked = expectClass(object, "NSColor", "a colour"); !checked)
             return checked.error();
+
+        Result<std::optional<Rgba>> uiKitColor = readUIKitComponents(object.node);
+        if (!uiKitColor)
+            return uiKitColor.error();
+        if (*uiKitColor)
+            return **uiKitColor;
 
         Result<std::optional<qint64>> model = integerFor(object.node, "NSColorSpace");
         if (!model)
@@ -430,11 +487,15 @@ public:
         if (Status checked = expectClass(object, "NSFont", "a font"); !checked)
             return checked.error();
 
-        Result<QString> name =
-            readString(plist_dict_get_item(object.node, "NSName"), "a font name");
+        // A UIFont, read through its NSFont hint, has its name and size under UIKit's keys
+        // as well as NSFont's; NSFont's come first, as macOS reads them.
+        Result<QString> name = readString(
+            plist_dict_get_item(object.node, presentKey(object.node, "NSName", "UIFontName")),
+            "a font name");
         if (!name)
             return name.error();
-        Result<std::optional<double>> size = realFor(object.node, "NSSize");
+        Result<std::optional<double>> size =
+            realFor(object.node, presentKey(object.node, "NSSize", "UIFontPointSize"));
         if (!size)
             return size.error();
         // A size of zero asks for the default size, as fontWithName:size: does.
@@ -481,6 +542,28 @@ private:
         return Done{};
     }
 
+    // A list of class names in a class description; an absent list is empty.
+    static Result<QStringList> classNames(plist_t description, const char* key,
+                                          const char* malformed)
+    {
+        plist_t list = plist_dict_get_item(description, key);
+        if (list == nullptr)
+            return QStringList();
+        const Error error = archiveDamaged(
+            QStringLiteral("an object's class description has %1").arg(QLatin1String(malformed)));
+        if (plist_get_node_type(list) != PLIST_ARRAY)
+            return error;
+        QStringList names;
+        const uint32_t count = plist_array_get_size(list);
+        for (uint32_t i = 0; i < count; ++i) {
+            plist_t entry = plist_array_get_item(list, i);
+            if (plist_get_node_type(entry) != PLIST_STRING)
+                return error;
+            names.append(stringValue(entry));
+        }
+        return names;
+    }
+
     // Follows a UID reference into the object table.
     Result<Object> resolve(plist_t reference) const
     {
@@ -517,9 +600,10 @@ private:
         if (!info)
             return info.error();
         if (!info->inherits(className))
-            return archiveDamaged(QStringLiteral("where it should hold %1, it holds an object of "
-                                                 "class \u201c%2\u201d")
-                                      .arg(QLatin1String(description), info->name));
+            return info->mismatch(
+                archiveDamaged(QStringLiteral("where it should hold %1, it holds an object of "
+                                              "class \u201c%2\u201d")
+                                   .arg(QLatin1String(description), info->name)));
         return Done{};
     }
 
@@ -537,62 +621,71 @@ private:
         const plist_type type = plist_get_node_type(object->node);
         if (type == PLIST_STRING)
             return stringValue(object->node);
-        if (type == PLIST_DICT) {
-            Result<ClassInfo> info = classOf(*object);
-            if (!info)
-                return info.error();
-            if (info->inherits("NSString")) {
-                plist_t inlineString = plist_dict_get_item(object->node, "NS.string");
-                if (inlineString != nullptr && plist_get_node_type(inlineString) == PLIST_STRING)
-                    return stringValue(inlineString);
-                plist_t bytes = plist_dict_get_item(object->node, "NS.bytes");
-                if (bytes != nullptr && plist_get_node_type(bytes) == PLIST_DATA) {
-                    QString value = QString::fromUtf8(dataValue(bytes));
-                    value.replace(QChar(u'\0'), QChar(QChar::ReplacementCharacter));
-                    return value;
-                }
-            }
+        const Error notString =
+            archiveDamaged(QStringLiteral("%1 is not a string").arg(QLatin1String(what)));
+        if (type != PLIST_DICT)
+            return notString;
+        Result<ClassInfo> info = classOf(*object);
+        if (!info)
+            return info.error();
+        if (!info->inherits("NSString"))
+            return info->mismatch(notString);
+        plist_t inlineString = plist_dict_get_item(object->node, "NS.string");
+        if (inlineString != nullptr && plist_get_node_type(inlineString) == PLIST_STRING)
+            return stringValue(inlineString);
+        plist_t bytes = plist_dict_get_item(object->node, "NS.bytes");
+        if (bytes != nullptr && plist_get_node_type(bytes) == PLIST_DATA) {
+            QString value = QString::fromUtf8(dataValue(bytes));
+            value.replace(QChar(u'\0'), QChar(QChar::ReplacementCharacter));
+            return value;
         }
-        return archiveDamaged(QStringLiteral("%1 is not a string").arg(QLatin1String(what)));
+        return notString;
+    }
+
+    // The value that an object of a Foundation container class (or a subclass) keeps
+    // inline, such as the NS.data of an NSMutableData; `wrong` where there is none.
+    Result<plist_t> inlineValue(const Object& object, const char* className, const char* key,
+                                plist_type type, const Error& wrong)
+    {
+        if (object.isNil() || plist_get_node_type(object.node) != PLIST_DICT)
+            return wrong;
+        Result<ClassInfo> info = classOf(object);
+        if (!info)
+            return info.error();
+        if (!info->inherits(className))
+            return info->mismatch(wrong);
+        plist_t value = plist_dict_get_item(object.node, key);
+        if (value == nullptr || plist_get_node_type(value) != type)
+            return wrong;
+        return value;
     }
 
     // Bytes: a plain data entry, or an NSData object (NSMutableData) with NS.data.
     Result<QByteArray> readData(const Object& object, const char* what)
     {
-        const plist_type type = plist_get_node_type(object.node);
-        if (type == PLIST_DATA)
+        if (plist_get_node_type(object.node) == PLIST_DATA)
             return dataValue(object.node);
-        if (type == PLIST_DICT) {
-            Result<ClassInfo> info = classOf(object);
-            if (!info)
-                return info.error();
-            plist_t bytes = plist_dict_get_item(object.node, "NS.data");
-            if (info->inherits("NSData") && bytes != nullptr &&
-                plist_get_node_type(bytes) == PLIST_DATA)
-                return dataValue(bytes);
-        }
-        return archiveDamaged(QStringLiteral("%1 is not data").arg(QLatin1String(what)));
+        Result<plist_t> bytes =
+            inlineValue(object, "NSData", "NS.data", PLIST_DATA,
+                        archiveDamaged(QStringLiteral("%1 is not data").arg(QLatin1String(what))));
+        if (!bytes)
+            return bytes.error();
+        return dataValue(bytes.value());
     }
 
     // The elements of an NSArray (NSMutableArray) object.
     Result<std::vector<Object>> readArray(const Object& object, const char* what)
     {
-        const Error notArray =
-            archiveDamaged(QStringLiteral("its %1 are not a list").arg(QLatin1String(what)));
-        if (object.isNil() || plist_get_node_type(object.node) != PLIST_DICT)
-            return notArray;
-        Result<ClassInfo> info = classOf(object);
-        if (!info)
-            return info.error();
-        plist_t items = plist_dict_get_item(object.node, "NS.objects");
-        if (!info->inherits("NSArray") || items == nullptr ||
-            plist_get_node_type(items) != PLIST_ARRAY)
-            return notArray;
+        Result<plist_t> items = inlineValue(
+            object, "NSArray", "NS.objects", PLIST_ARRAY,
+            archiveDamaged(QStringLiteral("its %1 are not a list").arg(QLatin1String(what))));
+        if (!items)
+            return items.error();
         std::vector<Object> elements;
-        const uint32_t count = plist_array_get_size(items);
+        const uint32_t count = plist_array_get_size(items.value());
         elements.reserve(count);
         for (uint32_t i = 0; i < count; ++i) {
-            Result<Object> element = resolve(plist_array_get_item(items, i));
+            Result<Object> element = resolve(plist_array_get_item(items.value(), i));
             if (!element)
                 return element.error();
             elements.push_back(element.value());
@@ -622,6 +715,46 @@ private:
             return archiveDamaged(QStringLiteral("its value for \u201c%1\u201d is not an integer")
                                       .arg(QLatin1String(key)));
         return value;
+    }
+
+    // The first of two keys that the dictionary has, else the second.
+    static const char* presentKey(plist_t dict, const char* first, const char* second)
+    {
+        return plist_dict_get_item(dict, first) != nullptr ? first : second;
+    }
+
+    // The colour of a UIColor (read through its NSColor hint) from UIKit's own keys: a
+    // component count, then red, green, blue and alpha in sRGB, or a grey level and
+    // alpha, each a single-precision real with a double-precision twin ("UIRed-Double")
+    // where that one is more exact. They are more precise than the three digits of the
+    // NSRGB or NSWhite text that UIKit writes beside them for macOS. A missing component
+    // is 0, as UIKit reads it. Nothing for a colour without such components, or with a
+    // count UIKit never writes; its NSColor keys decide.
+    Result<std::optional<Rgba>> readUIKitComponents(plist_t color)
+    {
+        Result<std::optional<qint64>> count = integerFor(color, "UIColorComponentCount");
+        if (!count)
+            return count.error();
+        if (*count != 2 && *count != 4)
+            return std::optional<Rgba>();
+        using KeyPair = std::pair<const char*, const char*>;
+        static const std::vector<KeyPair> rgbKeys{{"UIRed-Double", "UIRed"},
+                                                  {"UIGreen-Double", "UIGreen"},
+                                                  {"UIBlue-Double", "UIBlue"},
+                                                  {"UIAlpha-Double", "UIAlpha"}};
+        static const std::vector<KeyPair> whiteKeys{{"UIWhite-Double", "UIWhite"},
+                                                    {"UIAlpha-Double", "UIAlpha"}};
+        std::vector<double> values;
+        for (const auto& [precise, single] : **count == 4 ? rgbKeys : whiteKeys) {
+            Result<std::optional<double>> value =
+                realFor(color, presentKey(color, precise, single));
+            if (!value)
+                return value.error();
+            values.push_back(value->value_or(0.0));
+        }
+        if (values.size() == 2)
+            return std::optional(rgbaFromFractions({values[0], values[0], values[0]}, values[1]));
+        return std::optional(rgbaFromFractions({values[0], values[1], values[2]}, values[3]));
     }
 
     // Inline component data such as NSRGB "r g b[ a]\0", with so many numbers.
@@ -879,7 +1012,7 @@ Result<ArchiveReader> openWithRoot(const QByteArray& archive, const char* classN
     if (!info)
         return info.error();
     if (!info->inherits(className))
-        return wrongRootClass(info->name, description);
+        return info->mismatch(wrongRootClass(info->name, description));
     return reader;
 }
 

@@ -164,24 +164,8 @@ QByteArray mutated(const QByteArray& archive, const std::function<void(ParsedArc
 QByteArray archiveWithColor(const std::function<quint64(ArchiveBuilder&)>& makeColor)
 {
     ArchiveBuilder b;
-    const quint64 stringClass =
-        b.addClass("NSAttributedString", {"NSAttributedString", "NSObject"});
-    const quint64 dictionaryClass = b.addClass("NSDictionary", {"NSDictionary", "NSObject"});
     const quint64 color = makeColor(b);
-    const quint64 text = b.add(plist_new_string("Hello"));
-    const quint64 key = b.add(plist_new_string("NSColor"));
-    plist_t dictionary = ArchiveBuilder::object(dictionaryClass);
-    plist_t keys = plist_new_array();
-    plist_array_append_item(keys, plist_new_uid(key));
-    plist_t values = plist_new_array();
-    plist_array_append_item(values, plist_new_uid(color));
-    plist_dict_set_item(dictionary, "NS.keys", keys);
-    plist_dict_set_item(dictionary, "NS.objects", values);
-    const quint64 attributes = b.add(dictionary);
-    plist_t root = ArchiveBuilder::object(stringClass);
-    plist_dict_set_item(root, "NSString", plist_new_uid(text));
-    plist_dict_set_item(root, "NSAttributes", plist_new_uid(attributes));
-    return b.finish(b.add(root));
+    return b.finish(b.addAttributedString("Hello", {{"NSColor", color}}));
 }
 
 plist_t colorObject(quint64 colorClass, qint64 model, const char* key, const char* components)
@@ -193,6 +177,87 @@ plist_t colorObject(quint64 colorClass, qint64 model, const char* key, const cha
         plist_dict_set_item(color, key, plist_new_data(bytes.constData(), quint64(bytes.size())));
     }
     return color;
+}
+
+// UIKit archives its colours and fonts under class descriptions that name the AppKit
+// class to use where the UIKit one is unknown.
+quint64 addUIColorClass(ArchiveBuilder& b)
+{
+    return b.addClass("UIColor", {"UIColor", "NSObject"}, {"NSColor"});
+}
+
+quint64 addUIFontClass(ArchiveBuilder& b)
+{
+    return b.addClass("UIFont", {"UIFont", "NSObject"}, {"NSFont"});
+}
+
+// A UIColor as UIKit archives one: the number of components and each component as a
+// real, then the NSColor keys that macOS reads: device RGB (2) or device white (4), with
+// the components as text without a closing NUL. A count of 0 leaves out UIKit's keys, a
+// model of 0 AppKit's.
+plist_t uiColorObject(quint64 colorClass, qint64 count,
+                      std::initializer_list<std::pair<const char*, double>> components,
+                      qint64 model = 0, const char* key = nullptr, const char* text = nullptr)
+{
+    plist_t color = ArchiveBuilder::object(colorClass);
+    if (count != 0)
+        plist_dict_set_item(color, "UIColorComponentCount", plist_new_uint(quint64(count)));
+    for (const auto& [name, value] : components)
+        plist_dict_set_item(color, name, plist_new_real(value));
+    if (model != 0) {
+        plist_dict_set_item(color, "NSColorSpace", plist_new_uint(quint64(model)));
+        plist_dict_set_item(color, key, plist_new_data(text, quint64(qstrlen(text))));
+    }
+    return color;
+}
+
+// A UIFont as UIKit archives one: its name and size under UIKit's keys and again under
+// NSFont's, its traits, whether it is the system font, and a font descriptor (an object
+// of a class that reading a font never needs).
+quint64 addUIFont(ArchiveBuilder& b, const char* name, double size, bool systemFont)
+{
+    const quint64 fontClass = addUIFontClass(b);
+    const quint64 descriptorClass =
+        b.addClass("UIFontDescriptor", {"UIFontDescriptor", "NSObject"});
+    const quint64 nameUid = b.addString(name);
+    plist_t font = ArchiveBuilder::object(fontClass);
+    plist_dict_set_item(font, "UIFontName", plist_new_uid(nameUid));
+    plist_dict_set_item(font, "UIFontDescriptor",
+                        plist_new_uid(b.add(ArchiveBuilder::object(descriptorClass))));
+    plist_dict_set_item(font, "UIFontPointSize", plist_new_real(size));
+    plist_dict_set_item(font, "UIFontTraits", plist_new_uint(0));
+    plist_dict_set_item(font, "UISystemFont", plist_new_bool(systemFont ? 1 : 0));
+    plist_dict_set_item(font, "NSName", plist_new_uid(nameUid));
+    plist_dict_set_item(font, "NSSize", plist_new_real(size));
+    return b.add(font);
+}
+
+// A label written on iOS: "Label from iOS" in Avenir Heavy 17, sRGB 0.2 0.4 0.6 on half
+// transparent white, centred.
+QByteArray uikitLabelArchive()
+{
+    ArchiveBuilder b;
+    const quint64 colorClass = addUIColorClass(b);
+    const quint64 font = addUIFont(b, "Avenir-Heavy", 17.0, false);
+    const quint64 foreground = b.add(uiColorObject(
+        colorClass, 4, {{"UIRed", 0.2}, {"UIGreen", 0.4}, {"UIBlue", 0.6}, {"UIAlpha", 1.0}}, 2,
+        "NSRGB", "0.2 0.4 0.6"));
+    const quint64 background = b.add(
+        uiColorObject(colorClass, 2, {{"UIWhite", 1.0}, {"UIAlpha", 0.5}}, 4, "NSWhite", "1 0.5"));
+    plist_t paragraph =
+        ArchiveBuilder::object(b.addClass("NSParagraphStyle", {"NSParagraphStyle", "NSObject"}));
+    plist_dict_set_item(paragraph, "NSAlignment", plist_new_uint(2));
+    plist_dict_set_item(paragraph, "NSTabStops", plist_new_uid(0));
+    const quint64 style = b.add(paragraph);
+    return b.finish(b.addAttributedString("Label from iOS", {{"NSFont", font},
+                                                             {"NSColor", foreground},
+                                                             {"NSBackgroundColor", background},
+                                                             {"NSParagraphStyle", style}}));
+}
+
+QString corpusPath(const QString& name)
+{
+    return QStringLiteral(LOMIR_TEST_DATA_DIR "/../../fuzz/corpus/keyed_archive/") + name;
 }
 
 // A binary property list written byte by byte: objects given as raw bytes, with
@@ -336,6 +401,19 @@ private Q_SLOTS:
     // Other colour forms macOS writes.
     void otherColorForms_data();
     void otherColorForms();
+
+    // Archives written by UIKit on iOS, and classes that cannot be read.
+    void uikitLabel();
+    void uikitColors_data();
+    void uikitColors();
+    void uikitFonts_data();
+    void uikitFonts();
+    void uikitStandaloneArchives();
+    void uikitLabelInFuzzCorpus();
+    void classHintsStandInOnlyForUnknownClasses();
+    void unreadableClasses_data();
+    void unreadableClasses();
+    void unmodelledAttributesAreSkipped();
 
     // Hostile and broken archives.
     void truncatedArchives();
@@ -1103,6 +1181,288 @@ void TestKeyedArchive::otherColorForms()
 
 // ---------------------------------------------------------------------------------------
 
+void TestKeyedArchive::uikitLabel()
+{
+    const auto read = unarchiveRichText(uikitLabelArchive());
+    QVERIFY2(read.ok(), qPrintable(read.ok() ? QString() : read.error().message));
+    QCOMPARE(read->string(), u"Label from iOS"_s);
+    const std::vector<AttributeRun> runs = read->runs();
+    QCOMPARE(runs.size(), std::size_t(1));
+    const TextAttributes& attributes = runs.front().attributes;
+    QVERIFY(attributes.font.has_value());
+    QCOMPARE(attributes.font->postScriptName, u"Avenir-Heavy"_s);
+    QCOMPARE(attributes.font->family, u"Avenir"_s);
+    QCOMPARE(attributes.font->pointSize, 17.0);
+    QVERIFY(attributes.font->bold);
+    QCOMPARE(attributes.foreground, std::optional(Rgba{51, 102, 153, 255}));
+    QCOMPARE(attributes.background, std::optional(Rgba{255, 255, 255, 128}));
+    QCOMPARE(attributes.paragraph, std::optional(aligned(TextAlignment::Center)));
+}
+
+void TestKeyedArchive::uikitColors_data()
+{
+    QTest::addColumn<int>("form");
+    QTest::addColumn<Rgba>("expected");
+    // 0: UIKit's and AppKit's keys. UIKit's components are more precise than the three
+    // digits of NSRGB, and are the ones read: red 0.50392 is 128/255, "0.504" would be 129.
+    QTest::newRow("RGB, both sets of keys") << 0 << Rgba{128, 64, 255, 255};
+    // 1: a component also given in double precision, which is preferred (made to differ
+    // from the single-precision value here, so that the test can tell).
+    QTest::newRow("double precision") << 1 << Rgba{204, 0, 0, 255};
+    // 2: a grey level and alpha.
+    QTest::newRow("white, both sets of keys") << 2 << Rgba{51, 51, 51, 128};
+    // 3: only AppKit's keys.
+    QTest::newRow("AppKit keys only") << 3 << Rgba{0, 0, 255, 255};
+    // 4: only UIKit's keys, without a colour space.
+    QTest::newRow("UIKit keys only") << 4 << Rgba{255, 0, 0, 128};
+    // 5: a component count UIKit does not write: AppKit's keys decide.
+    QTest::newRow("other component count") << 5 << Rgba{0, 255, 0, 255};
+}
+
+void TestKeyedArchive::uikitColors()
+{
+    QFETCH(int, form);
+    QFETCH(Rgba, expected);
+    const QByteArray archive = archiveWithColor([form](ArchiveBuilder& b) -> quint64 {
+        const quint64 colorClass = addUIColorClass(b);
+        switch (form) {
+        case 0:
+            return b.add(uiColorObject(
+                colorClass, 4,
+                {{"UIRed", 0.50392}, {"UIGreen", 0.25}, {"UIBlue", 1.0}, {"UIAlpha", 1.0}}, 2,
+                "NSRGB", "0.504 0.25 1"));
+        case 1:
+            return b.add(uiColorObject(colorClass, 4,
+                                       {{"UIRed", 0.2},
+                                        {"UIRed-Double", 0.8},
+                                        {"UIGreen", 0.0},
+                                        {"UIBlue", 0.0},
+                                        {"UIAlpha", 1.0}},
+                                       2, "NSRGB", "0.2 0 0"));
+        case 2:
+            return b.add(uiColorObject(colorClass, 2, {{"UIWhite", 0.2}, {"UIAlpha", 0.5}}, 4,
+                                       "NSWhite", "0.2 0.5"));
+        case 3:
+            return b.add(uiColorObject(colorClass, 0, {}, 2, "NSRGB", "0 0 1"));
+        case 4:
+            return b.add(uiColorObject(
+                colorClass, 4,
+                {{"UIRed", 1.0}, {"UIGreen", 0.0}, {"UIBlue", 0.0}, {"UIAlpha", 0.5}}));
+        default:
+            return b.add(uiColorObject(colorClass, 3,
+                                       {{"UIRed", 1.0}, {"UIGreen", 0.0}, {"UIBlue", 0.0}}, 2,
+                                       "NSRGB", "0 1 0"));
+        }
+    });
+    const auto read = unarchiveRichText(archive);
+    QVERIFY2(read.ok(), qPrintable(read.ok() ? QString() : read.error().message));
+    QCOMPARE(read->runs().front().attributes.foreground, std::optional(expected));
+}
+
+void TestKeyedArchive::uikitFonts_data()
+{
+    QTest::addColumn<int>("form");
+    QTest::addColumn<QString>("postScriptName");
+    QTest::addColumn<QString>("family");
+    QTest::addColumn<double>("size");
+    QTest::addColumn<bool>("bold");
+    QTest::addColumn<bool>("italic");
+    QTest::newRow("both sets of keys")
+        << 0 << u"Georgia-Bold"_s << u"Georgia"_s << 17.0 << true << false;
+    // iOS's own interface font has a private name, shown in a neutral family.
+    QTest::newRow("system font") << 1 << u".SFUIText"_s << u"Helvetica"_s << 15.0 << false << false;
+    QTest::newRow("UIKit keys only")
+        << 2 << u"Menlo-Italic"_s << u"Menlo"_s << 9.0 << false << true;
+    QTest::newRow("AppKit keys only")
+        << 3 << u"Avenir-Heavy"_s << u"Avenir"_s << 13.0 << true << false;
+}
+
+void TestKeyedArchive::uikitFonts()
+{
+    QFETCH(int, form);
+    QFETCH(QString, postScriptName);
+    QFETCH(QString, family);
+    QFETCH(double, size);
+    QFETCH(bool, bold);
+    QFETCH(bool, italic);
+    ArchiveBuilder b;
+    quint64 font = 0;
+    switch (form) {
+    case 0:
+        font = addUIFont(b, "Georgia-Bold", 17.0, false);
+        break;
+    case 1:
+        font = addUIFont(b, ".SFUIText", 15.0, true);
+        break;
+    case 2: {
+        plist_t object = ArchiveBuilder::object(addUIFontClass(b));
+        plist_dict_set_item(object, "UIFontName", plist_new_uid(b.addString("Menlo-Italic")));
+        plist_dict_set_item(object, "UIFontPointSize", plist_new_real(9.0));
+        font = b.add(object);
+        break;
+    }
+    default: {
+        plist_t object = ArchiveBuilder::object(addUIFontClass(b));
+        plist_dict_set_item(object, "NSName", plist_new_uid(b.addString("Avenir-Heavy")));
+        plist_dict_set_item(object, "NSSize", plist_new_real(13.0));
+        font = b.add(object);
+        break;
+    }
+    }
+    const auto read = unarchiveRichText(b.finish(b.addAttributedString("Aa", {{"NSFont", font}})));
+    QVERIFY2(read.ok(), qPrintable(read.ok() ? QString() : read.error().message));
+    const std::optional<FontSpec> face = read->runs().front().attributes.font;
+    QVERIFY(face.has_value());
+    QCOMPARE(face->postScriptName, postScriptName);
+    QCOMPARE(face->family, family);
+    QCOMPARE(face->pointSize, size);
+    QCOMPARE(face->bold, bold);
+    QCOMPARE(face->italic, italic);
+}
+
+void TestKeyedArchive::uikitStandaloneArchives()
+{
+    // A colour and a font archived on their own, as iOS programs keep them in settings.
+    ArchiveBuilder colorArchive;
+    const quint64 color = colorArchive.add(
+        uiColorObject(addUIColorClass(colorArchive), 4,
+                      {{"UIRed", 0.0}, {"UIGreen", 0.4}, {"UIBlue", 0.2}, {"UIAlpha", 1.0}}, 2,
+                      "NSRGB", "0 0.4 0.2"));
+    const auto readColor = unarchiveColor(colorArchive.finish(color));
+    QVERIFY2(readColor.ok(), qPrintable(readColor.ok() ? QString() : readColor.error().message));
+    QCOMPARE(readColor.value(), (Rgba{0, 102, 51, 255}));
+
+    ArchiveBuilder fontArchive;
+    const quint64 font = addUIFont(fontArchive, "Courier-Bold", 11.0, false);
+    const auto readFont = unarchiveFont(fontArchive.finish(font));
+    QVERIFY2(readFont.ok(), qPrintable(readFont.ok() ? QString() : readFont.error().message));
+    QCOMPARE(readFont->postScriptName, u"Courier-Bold"_s);
+    QCOMPARE(readFont->pointSize, 11.0);
+    QVERIFY(readFont->bold);
+}
+
+void TestKeyedArchive::uikitLabelInFuzzCorpus()
+{
+    // The fuzz corpus keeps the archive uikitLabelArchive() writes, so that its replay
+    // goes through UIKit's colours and fonts.
+    QFile file(corpusPath(u"uikit-label.bplist"_s));
+    QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(file.fileName()));
+    const QByteArray kept = file.readAll();
+    QVERIFY(kept.contains("UIColor") && kept.contains("UIFont"));
+    const auto fromCorpus = unarchiveRichText(kept);
+    QVERIFY2(fromCorpus.ok(), qPrintable(fromCorpus.ok() ? QString() : fromCorpus.error().message));
+    QCOMPARE(fromCorpus.value(), unarchiveRichText(uikitLabelArchive()).value());
+}
+
+void TestKeyedArchive::classHintsStandInOnlyForUnknownClasses()
+{
+    // The first hint this reader knows is used; the ones before it are passed over.
+    const QByteArray laterHint = archiveWithColor([](ArchiveBuilder& b) -> quint64 {
+        const quint64 colorClass =
+            b.addClass("UIColor", {"UIColor", "NSObject"}, {"UIDeviceRGBColor", "NSColor"});
+        return b.add(uiColorObject(colorClass, 0, {}, 2, "NSRGB", "1 1 0"));
+    });
+    const auto read = unarchiveRichText(laterHint);
+    QVERIFY2(read.ok(), qPrintable(read.ok() ? QString() : read.error().message));
+    QCOMPARE(read->runs().front().attributes.foreground, std::optional(Rgba{255, 255, 0, 255}));
+
+    // A class the reader knows is read as itself, whatever its hints say: a font where a
+    // colour belongs is a damaged archive, even with NSColor as a hint.
+    const QByteArray knownClass = archiveWithColor([](ArchiveBuilder& b) -> quint64 {
+        const quint64 fontClass = b.addClass("NSFont", {"NSFont", "NSObject"}, {"NSColor"});
+        return b.add(uiColorObject(fontClass, 0, {}, 2, "NSRGB", "1 1 0"));
+    });
+    const auto refused = unarchiveRichText(knownClass);
+    QVERIFY(!refused.ok());
+    QCOMPARE(refused.error().code, kArchiveReadCorruptError);
+    QCOMPARE(refused.error().message,
+             u"The archive is damaged: where it should hold a colour, it holds an object of "
+             u"class \u201cNSFont\u201d."_s);
+}
+
+void TestKeyedArchive::unreadableClasses_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<QString>("className");
+    // 0: a colour of a drawing program's own class; 1: an attachment where a font
+    // belongs; 2: a class whose hints name no class this reader knows either; 3: a root
+    // object of another program's class.
+    QTest::newRow("foreign colour") << 0 << u"MSColor"_s;
+    QTest::newRow("attachment as a font") << 1 << u"NSTextAttachment"_s;
+    QTest::newRow("no usable hint") << 2 << u"PaletteSwatch"_s;
+    QTest::newRow("foreign root") << 3 << u"MyLabelDocument"_s;
+}
+
+void TestKeyedArchive::unreadableClasses()
+{
+    QFETCH(int, kind);
+    QFETCH(QString, className);
+    ArchiveBuilder b;
+    quint64 root = 0;
+    switch (kind) {
+    case 0: {
+        plist_t color = ArchiveBuilder::object(b.addClass("MSColor", {"MSColor", "NSObject"}));
+        plist_dict_set_item(color, "red", plist_new_real(1.0));
+        root = b.addAttributedString("Hello", {{"NSColor", b.add(color)}});
+        break;
+    }
+    case 1: {
+        const quint64 attachment = b.add(ArchiveBuilder::object(
+            b.addClass("NSTextAttachment", {"NSTextAttachment", "NSObject"})));
+        root = b.addAttributedString("Hello", {{"NSFont", attachment}});
+        break;
+    }
+    case 2: {
+        const quint64 swatch = b.add(ArchiveBuilder::object(
+            b.addClass("PaletteSwatch", {"PaletteSwatch", "NSObject"}, {"PaletteColor"})));
+        root = b.addAttributedString("Hello", {{"NSBackgroundColor", swatch}});
+        break;
+    }
+    default: {
+        plist_t document =
+            ArchiveBuilder::object(b.addClass("MyLabelDocument", {"MyLabelDocument", "NSObject"}));
+        plist_dict_set_item(document, "title", plist_new_uid(b.addString("Jars")));
+        root = b.add(document);
+        break;
+    }
+    }
+    const auto read = unarchiveRichText(b.finish(root));
+    QVERIFY(!read.ok());
+    QCOMPARE(read.error().domain, u"NSCocoaErrorDomain"_s);
+    QCOMPARE(read.error().code, kArchiveReadCorruptError);
+    QCOMPARE(read.error().message, u"The archive holds an object of class \u201c"_s + className +
+                                       u"\u201d, which Lomir cannot read."_s);
+}
+
+void TestKeyedArchive::unmodelledAttributesAreSkipped()
+{
+    // Attributes that labels do not have are skipped whatever their values are, as macOS
+    // skips attributes it has no use for: an attachment (its character stays in the
+    // text) and a link, both of classes this reader cannot read.
+    ArchiveBuilder b;
+    plist_t attachment =
+        ArchiveBuilder::object(b.addClass("NSTextAttachment", {"NSTextAttachment", "NSObject"}));
+    plist_dict_set_item(attachment, "NSFileWrapper",
+                        plist_new_uid(b.add(ArchiveBuilder::object(
+                            b.addClass("NSFileWrapper", {"NSFileWrapper", "NSObject"})))));
+    plist_t link = ArchiveBuilder::object(b.addClass("NSURL", {"NSURL", "NSObject"}));
+    plist_dict_set_item(link, "NS.base", plist_new_uid(0));
+    plist_dict_set_item(link, "NS.relative", plist_new_uid(b.addString("https://example.org")));
+    const quint64 red =
+        b.add(colorObject(b.addClass("NSColor", {"NSColor", "NSObject"}), 2, "NSRGB", "1 0 0"));
+    const QByteArray archive = b.finish(b.addAttributedString(
+        "See \xEF\xBF\xBC here",
+        {{"NSAttachment", b.add(attachment)}, {"NSLink", b.add(link)}, {"NSColor", red}}));
+
+    const auto read = unarchiveRichText(archive);
+    QVERIFY2(read.ok(), qPrintable(read.ok() ? QString() : read.error().message));
+    TextAttributes expected;
+    expected.foreground = Rgba{255, 0, 0, 255};
+    QCOMPARE(read.value(), RichText(u"See \uFFFC here"_s, expected));
+}
+
+// ---------------------------------------------------------------------------------------
+
 void TestKeyedArchive::truncatedArchives()
 {
     const QByteArray archive = archiveRichText(severalRuns());
@@ -1234,6 +1594,10 @@ void TestKeyedArchive::wrongTypes_data()
         "colour in pattern space",
         "NSAlignment a string",
         "class description a string",
+        "class hints not a list",
+        "UIKit colour component a string",
+        "UIKit font size a string",
+        "UIKit colour without components or colour space",
     };
     int i = 0;
     for (const char* name : names)
@@ -1268,6 +1632,26 @@ void TestKeyedArchive::wrongTypes()
     const auto attributeDictionary = [&](ParsedArchive& p) {
         plist_t array = p.follow(plist_dict_get_item(p.root(), "NSAttributes"));
         return p.follow(plist_array_get_item(plist_dict_get_item(array, "NS.objects"), 1));
+    };
+
+    // Turns the class of the first object of an AppKit class into the UIKit class that
+    // stands for it (with no hints yet), and returns that object.
+    const auto makeUIKitClass = [&](ParsedArchive& p, const QString& appKitClass,
+                                    const char* uiKitClass) {
+        plist_t object = find(p, appKitClass);
+        plist_t description = p.follow(plist_dict_get_item(object, "$class"));
+        plist_dict_set_item(description, "$classname", plist_new_string(uiKitClass));
+        plist_t classes = plist_new_array();
+        plist_array_append_item(classes, plist_new_string(uiKitClass));
+        plist_array_append_item(classes, plist_new_string("NSObject"));
+        plist_dict_set_item(description, "$classes", classes);
+        return std::pair(object, description);
+    };
+    const auto hints = [](std::initializer_list<const char*> names) {
+        plist_t array = plist_new_array();
+        for (const char* name : names)
+            plist_array_append_item(array, plist_new_string(name));
+        return array;
     };
 
     // Points the attribute of that name at a new entry.
@@ -1392,11 +1776,37 @@ void TestKeyedArchive::wrongTypes()
             plist_dict_set_item(find(p, u"NSParagraphStyle"_s), "NSAlignment",
                                 plist_new_string("right"));
             break;
-        default: {
+        case 27: {
             plist_t root = p.root();
             uint64_t uid = 0;
             plist_get_uid_val(plist_dict_get_item(root, "$class"), &uid);
             plist_array_set_item(p.objects, plist_new_string("NSAttributedString"), uint32_t(uid));
+            break;
+        }
+        case 28: {
+            const auto [color, description] = makeUIKitClass(p, u"NSColor"_s, "UIColor");
+            plist_dict_set_item(description, "$classhints", plist_new_string("NSColor"));
+            break;
+        }
+        case 29: {
+            const auto [color, description] = makeUIKitClass(p, u"NSColor"_s, "UIColor");
+            plist_dict_set_item(description, "$classhints", hints({"NSColor"}));
+            plist_dict_set_item(color, "UIColorComponentCount", plist_new_uint(4));
+            plist_dict_set_item(color, "UIRed", plist_new_string("1"));
+            break;
+        }
+        case 30: {
+            const auto [font, description] = makeUIKitClass(p, u"NSFont"_s, "UIFont");
+            plist_dict_set_item(description, "$classhints", hints({"NSFont"}));
+            plist_dict_remove_item(font, "NSSize");
+            plist_dict_set_item(font, "UIFontPointSize", plist_new_string("11"));
+            break;
+        }
+        default: {
+            const auto [color, description] = makeUIKitClass(p, u"NSColor"_s, "UIColor");
+            plist_dict_set_item(description, "$classhints", hints({"NSColor"}));
+            for (const char* key : {"NSColorSpace", "NSComponents", "NSRGB", "NSCustomColorSpace"})
+                plist_dict_remove_item(color, key);
             break;
         }
         }
@@ -1406,7 +1816,8 @@ void TestKeyedArchive::wrongTypes()
     QVERIFY(!read.ok());
     QCOMPARE(read.error().domain, u"NSCocoaErrorDomain"_s);
     QCOMPARE(read.error().code, kArchiveReadCorruptError);
-    QVERIFY(read.error().message.startsWith(u"The archive "_s));
+    QVERIFY2(read.error().message.startsWith(u"The archive is damaged: "_s),
+             qPrintable(read.error().message));
     QVERIFY(read.error().message.endsWith(u'.'));
 }
 

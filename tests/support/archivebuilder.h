@@ -1,7 +1,7 @@
 #pragma once
 
 // Keyed archives built by hand, for shapes our writer never makes: other root classes,
-// nil roots, odd colour forms, broken run tables.
+// nil roots, odd colour forms, broken run tables, archives written by UIKit.
 
 #include "document/propertylist.h"
 
@@ -9,6 +9,7 @@
 #include <QtGlobal>
 #include <initializer_list>
 #include <plist/plist.h>
+#include <utility>
 
 namespace lomir::testing {
 
@@ -29,11 +30,43 @@ public:
     {
         plist_t description = plist_new_dict();
         plist_dict_set_item(description, "$classname", plist_new_string(name));
-        plist_t classes = plist_new_array();
-        for (const char* entry : chain)
-            plist_array_append_item(classes, plist_new_string(entry));
-        plist_dict_set_item(description, "$classes", classes);
+        plist_dict_set_item(description, "$classes", stringArray(chain));
         return add(description);
+    }
+
+    // A class description with $classhints: the classes a reader that lacks this one
+    // should use instead, as UIKit names NSColor for UIColor and NSFont for UIFont.
+    quint64 addClass(const char* name, std::initializer_list<const char*> chain,
+                     std::initializer_list<const char*> hints)
+    {
+        const quint64 uid = addClass(name, chain);
+        plist_dict_set_item(at(uid), "$classhints", stringArray(hints));
+        return uid;
+    }
+
+    quint64 addString(const char* text) { return add(plist_new_string(text)); }
+
+    // An NSAttributedString of one run: the text and one NSDictionary that maps each
+    // attribute name to the object of the UID beside it.
+    quint64 addAttributedString(const char* text,
+                                std::initializer_list<std::pair<const char*, quint64>> attributes)
+    {
+        const quint64 stringClass =
+            addClass("NSAttributedString", {"NSAttributedString", "NSObject"});
+        const quint64 dictionaryClass = addClass("NSDictionary", {"NSDictionary", "NSObject"});
+        plist_t dictionary = object(dictionaryClass);
+        plist_t keys = plist_new_array();
+        plist_t values = plist_new_array();
+        for (const auto& [name, value] : attributes) {
+            plist_array_append_item(keys, plist_new_uid(addString(name)));
+            plist_array_append_item(values, plist_new_uid(value));
+        }
+        plist_dict_set_item(dictionary, "NS.keys", keys);
+        plist_dict_set_item(dictionary, "NS.objects", values);
+        plist_t root = object(stringClass);
+        plist_dict_set_item(root, "NSString", plist_new_uid(addString(text)));
+        plist_dict_set_item(root, "NSAttributes", plist_new_uid(add(dictionary)));
+        return add(root);
     }
 
     static plist_t object(quint64 classUid)
@@ -58,6 +91,14 @@ public:
     }
 
 private:
+    static plist_t stringArray(std::initializer_list<const char*> strings)
+    {
+        plist_t array = plist_new_array();
+        for (const char* entry : strings)
+            plist_array_append_item(array, plist_new_string(entry));
+        return array;
+    }
+
     PlistPtr m_objects;
 };
 
