@@ -1,0 +1,18 @@
+#pragma once
+
+#include "base/result.h"
+#include "document/content.h"
+
+#include <QString>
+
+namespace lomir {
+
+// Reads a label file of any of the three types into a record. Plain text and RTF
+// fill only the text of a default record, as opening them does.
+Result<Content> readLabelFile(const QString& path, const QString& typeName);
+
+// Writes the record as a file of the type. The file is replaced through QSaveFile:
+// on any failure the file already on disk stays as it was.
+Status writeLabelFile(const QString& path, const Content& record, const QString& typeName);
+
+} // namespace lomir

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QString>
+#include <QtGlobal>
+
+namespace lomir {
+
+// How large a document may be. Reading and writing take their numbers from here, so
+// every file Lomir writes is one that Lomir opens again; a document beyond them is
+// refused before anything is read or written.
+
+// The largest file Lomir reads. A label's document is a few kilobytes; this leaves
+// room for a label text at its longest in any of the three types, and keeps a file
+// that is no document at all (a disk image, a log) from being read into memory.
+inline constexpr qint64 kMaxDocumentFileSize = 16 * 1024 * 1024;
+
+// The largest keyed archive of a label text. The own type stores the archive as
+// base64, four characters for every three bytes, inside the document's JSON; any
+// archive in a file of the largest size is therefore at most three quarters of it.
+inline constexpr qint64 kMaxArchiveSize = kMaxDocumentFileSize / 4 * 3;
+
+// The longest label text, in UTF-16 units (what the text's positions count). Far
+// beyond any label that fits a sheet, and short enough that the text in its own
+// type, as plain text or as RTF, stays well within the largest file.
+inline constexpr int kMaxLabelTextLength = 1'000'000;
+
+} // namespace lomir
