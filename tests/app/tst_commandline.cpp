@@ -1,5 +1,7 @@
 #include "document/documentformats.h"
+#include "document/documentlimits.h"
 
+#include <QLocale>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -44,6 +46,21 @@ void writeFile(const QString& path, const QByteArray& data)
     QFile file(path);
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write(data);
+}
+
+QByteArray readFile(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// The error output of a failed command: one line, without the line break.
+QString oneLine(const Run& run)
+{
+    const QString message = QString::fromUtf8(run.err);
+    return message.count(QLatin1Char('\n')) == 1 && message.endsWith(QLatin1Char('\n'))
+               ? message.chopped(1)
+               : QStringLiteral("not one line: ") + message;
 }
 
 } // namespace
@@ -178,6 +195,57 @@ private Q_SLOTS:
         const Run run = runLomir({QStringLiteral("convert"), damaged, output});
         QCOMPARE(run.exitCode, 1);
         QVERIFY(!run.err.isEmpty());
+        QVERIFY(!QFile::exists(output));
+    }
+
+    void theLongestLabelTextConvertsAndOpens()
+    {
+        const QString text(kMaxLabelTextLength, QChar(0x20AC));
+        const QString input = path(QStringLiteral("longest.txt"));
+        writeFile(input, text.toUtf8());
+        const QString lomir = path(QStringLiteral("longest.lomir"));
+        const QString rtf = path(QStringLiteral("longest.rtf"));
+        const QString back = path(QStringLiteral("longest-back.txt"));
+        QCOMPARE(runLomir({QStringLiteral("convert"), input, lomir}).exitCode, 0);
+        QCOMPARE(runLomir({QStringLiteral("convert"), lomir, rtf}).exitCode, 0);
+        QCOMPARE(runLomir({QStringLiteral("convert"), rtf, back}).exitCode, 0);
+        QCOMPARE(readFile(back), text.toUtf8());
+
+        const Run run = runLomir({QStringLiteral("inspect"), lomir});
+        QCOMPARE(run.exitCode, 0);
+        const auto json = nlohmann::json::parse(run.out.toStdString());
+        QCOMPARE(QString::fromStdString(json["labelText"]["string"].get<std::string>()), text);
+    }
+
+    void aTextLongerThanALabelHoldsIsNotConverted()
+    {
+        const QString input = path(QStringLiteral("too-long.txt"));
+        writeFile(input, QByteArray(kMaxLabelTextLength + 1, 'x'));
+        const QString output = path(QStringLiteral("kept.lomir"));
+        writeFile(output, "the file already there");
+        const Run run = runLomir({QStringLiteral("convert"), input, output});
+        QCOMPARE(run.exitCode, 1);
+        QCOMPARE(oneLine(run),
+                 QStringLiteral("Cannot read “%1”: The label’s text has %2 characters, more "
+                                "than the %3 a label can hold.")
+                     .arg(input, QLocale().toString(kMaxLabelTextLength + 1),
+                          QLocale().toString(kMaxLabelTextLength)));
+        QCOMPARE(readFile(output), QByteArray("the file already there"));
+    }
+
+    void whatConvertWritesInspectOpens()
+    {
+        // Twenty megabytes of text once made a document that nothing could open again.
+        const QString input = path(QStringLiteral("twenty.txt"));
+        writeFile(input, QByteArray(20 * 1024 * 1024, 'x'));
+        const QString output = path(QStringLiteral("twenty.lomir"));
+        const Run converted = runLomir({QStringLiteral("convert"), input, output});
+        if (converted.exitCode == 0) {
+            const Run inspected = runLomir({QStringLiteral("inspect"), output});
+            QVERIFY2(inspected.exitCode == 0, inspected.err.constData());
+        }
+        QCOMPARE(converted.exitCode, 1);
+        QVERIFY(oneLine(converted).contains(input));
         QVERIFY(!QFile::exists(output));
     }
 
