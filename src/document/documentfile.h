@@ -7,6 +7,11 @@
 
 namespace lomir {
 
+// The whole of a file, as long as it is a regular file of at most kMaxDocumentFileSize
+// bytes. A folder, device, pipe or socket, or a larger file, is refused with a sentence
+// that names the file, before anything is read from it; nothing here ever waits.
+Result<QByteArray> readRegularFile(const QString& path);
+
 // Reads a label file of any of the three types into a record. Plain text and RTF
 // fill only the text of a default record, as opening them does.
 Result<Content> readLabelFile(const QString& path, const QString& typeName);

@@ -1,11 +1,15 @@
 #include "document/documentformats.h"
 #include "document/documentlimits.h"
 
+#include <QDir>
 #include <QLocale>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
+#include <functional>
 #include <nlohmann/json.hpp>
+#include <sys/resource.h>
+#include <sys/stat.h>
 
 using namespace lomir;
 
@@ -18,13 +22,44 @@ struct Run
     QByteArray err;
 };
 
-Run runLomir(const QStringList& arguments)
+Run runLomir(const QStringList& arguments, int timeoutMs = 60000,
+             const std::function<void()>& childSetUp = {})
 {
     QProcess process;
+    if (childSetUp)
+        process.setChildProcessModifier(childSetUp);
     process.start(QStringLiteral(LOMIR_BINARY), arguments);
-    if (!process.waitForFinished(60000))
+    if (!process.waitForFinished(timeoutMs))
         return {};
+    if (process.exitStatus() != QProcess::NormalExit)
+        return {-1, process.readAllStandardOutput(), process.readAllStandardError()};
     return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
+}
+
+// A build with AddressSanitizer reserves terabytes of address space at start.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kAddressSanitizer = true;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+constexpr bool kAddressSanitizer = true;
+#else
+constexpr bool kAddressSanitizer = false;
+#endif
+#else
+constexpr bool kAddressSanitizer = false;
+#endif
+
+// Runs a command that might block or read without end: it is stopped after ten
+// seconds, and its address space is capped at a gigabyte so that it fails fast
+// instead of taking the machine's memory.
+Run runLomirBounded(const QStringList& arguments)
+{
+    return runLomir(arguments, 10000, [] {
+        if (kAddressSanitizer)
+            return;
+        const rlimit oneGigabyte{rlim_t(1) << 30, rlim_t(1) << 30};
+        setrlimit(RLIMIT_AS, &oneGigabyte);
+    });
 }
 
 RichText label()
@@ -246,6 +281,38 @@ private Q_SLOTS:
         }
         QCOMPARE(converted.exitCode, 1);
         QVERIFY(oneLine(converted).contains(input));
+        QVERIFY(!QFile::exists(output));
+    }
+
+    void onlyRegularFilesAreRead_data()
+    {
+        QTest::addColumn<QString>("input");
+        QTest::addColumn<QString>("reason");
+        const QString pipe = path(QStringLiteral("pipe.lomir"));
+        QVERIFY(::mkfifo(QFile::encodeName(pipe).constData(), 0644) == 0);
+        QTest::newRow("named pipe") << pipe << QStringLiteral("it is a pipe, not a file");
+        const QString zero = path(QStringLiteral("zero.txt"));
+        QVERIFY(QFile::link(QStringLiteral("/dev/zero"), zero));
+        QTest::newRow("link to /dev/zero") << zero << QStringLiteral("it is a device, not a file");
+        const QString folder = path(QStringLiteral("folder.rtf"));
+        QVERIFY(QDir().mkdir(folder));
+        QTest::newRow("folder") << folder << QStringLiteral("it is a folder, not a file");
+        // A terabyte that takes no room on the disk: it holds no data.
+        const QString huge = path(QStringLiteral("terabyte.txt"));
+        QFile sparse(huge);
+        QVERIFY(sparse.open(QIODevice::WriteOnly) && sparse.resize(qint64(1) << 40));
+        QTest::newRow("a terabyte")
+            << huge << QStringLiteral("it is larger than 16 MB, the largest file Lomir opens");
+    }
+
+    void onlyRegularFilesAreRead()
+    {
+        QFETCH(QString, input);
+        QFETCH(QString, reason);
+        const QString output = path(QStringLiteral("never.lomir"));
+        const Run run = runLomirBounded({QStringLiteral("convert"), input, output});
+        QCOMPARE(run.exitCode, 1);
+        QCOMPARE(oneLine(run), QStringLiteral("Cannot open “%1”: %2.").arg(input, reason));
         QVERIFY(!QFile::exists(output));
     }
 
