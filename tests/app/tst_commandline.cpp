@@ -1,7 +1,9 @@
 #include "document/documentformats.h"
 #include "document/documentlimits.h"
+#include "support/smalldisk.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QLocale>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -10,6 +12,7 @@
 #include <nlohmann/json.hpp>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace lomir;
 
@@ -89,6 +92,19 @@ QByteArray readFile(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
+// Runs a command as the user "nobody" when the test runs as root, so that file
+// permissions apply to it.
+Run runLomirWithoutRootPrivileges(const QStringList& arguments)
+{
+    if (::geteuid() != 0)
+        return runLomir(arguments);
+    return runLomir(arguments, 60000, [] {
+        constexpr uid_t kNobody = 65534;
+        if (::setgid(kNobody) != 0 || ::setuid(kNobody) != 0)
+            ::_exit(127);
+    });
+}
+
 // The error output of a failed command: one line, without the line break.
 QString oneLine(const Run& run)
 {
@@ -113,6 +129,10 @@ private Q_SLOTS:
     void initTestCase()
     {
         QVERIFY(m_dir.isValid());
+        // Others may look in, for the runs without root's privileges.
+        QVERIFY(QFile::setPermissions(m_dir.path(), QFile::permissions(m_dir.path()) |
+                                                        QFile::ReadOther | QFile::ExeOther |
+                                                        QFile::ReadGroup | QFile::ExeGroup));
         Content record;
         record.labelText = AttributedString(label());
         record.quantity = QStringLiteral("30");
@@ -314,6 +334,61 @@ private Q_SLOTS:
         QCOMPARE(run.exitCode, 1);
         QCOMPARE(oneLine(run), QStringLiteral("Cannot open “%1”: %2.").arg(input, reason));
         QVERIFY(!QFile::exists(output));
+    }
+
+    void writeFailuresGiveTheReason()
+    {
+        const QString input = path(QStringLiteral("label.lomir"));
+
+        const QString inMissingFolder = QStringLiteral("/nonexistent/label.rtf");
+        Run run = runLomir({QStringLiteral("convert"), input, inMissingFolder});
+        QCOMPARE(run.exitCode, 1);
+        QCOMPARE(oneLine(run), QStringLiteral("Cannot write “/nonexistent/label.rtf”: the folder "
+                                              "“/nonexistent” does not exist."));
+
+        const QString locked = path(QStringLiteral("locked"));
+        QVERIFY(QDir().mkdir(locked));
+        QVERIFY(QFile::setPermissions(locked, QFile::ReadOwner | QFile::ExeOwner |
+                                                  QFile::ReadOther | QFile::ExeOther));
+        const QString refused = QDir(locked).filePath(QStringLiteral("label.txt"));
+        run = runLomirWithoutRootPrivileges({QStringLiteral("convert"), input, refused});
+        QCOMPARE(run.exitCode, 1);
+        QCOMPARE(oneLine(run),
+                 QStringLiteral("Cannot write “%1”: permission denied.").arg(refused));
+        QVERIFY(!QFile::exists(refused));
+    }
+
+    void aFullDiskIsSaidToBeFull()
+    {
+        testing::SmallDisk disk(path(QStringLiteral("full")), 64);
+        if (!disk.isMounted())
+            QSKIP(qPrintable(disk.whyNot()));
+        const QString input = path(QStringLiteral("large.txt"));
+        writeFile(input, QByteArray(100'000, 'x'));
+        const QString output = disk.filePath(QStringLiteral("label.txt"));
+        writeFile(output, "the label before");
+        const Run run = runLomir({QStringLiteral("convert"), input, output});
+        QCOMPARE(run.exitCode, 1);
+        QCOMPARE(oneLine(run), QStringLiteral("Cannot write “%1”: the disk is full.").arg(output));
+        QCOMPARE(readFile(output), QByteArray("the label before"));
+        QCOMPARE(QDir(QFileInfo(output).path()).entryList(QDir::Files | QDir::Hidden),
+                 QStringList{QStringLiteral("label.txt")});
+    }
+
+    void aReadOnlyDiskIsSaidToBeReadOnly()
+    {
+        testing::SmallDisk disk(path(QStringLiteral("read-only")), 64);
+        if (!disk.isMounted())
+            QSKIP(qPrintable(disk.whyNot()));
+        const QString output = disk.filePath(QStringLiteral("label.rtf"));
+        writeFile(output, "the label before");
+        QVERIFY(disk.makeReadOnly());
+        const Run run =
+            runLomir({QStringLiteral("convert"), path(QStringLiteral("label.lomir")), output});
+        QCOMPARE(run.exitCode, 1);
+        QCOMPARE(oneLine(run),
+                 QStringLiteral("Cannot write “%1”: the disk is read-only.").arg(output));
+        QCOMPARE(readFile(output), QByteArray("the label before"));
     }
 
     void textThatIsNotUtf8IsReported()

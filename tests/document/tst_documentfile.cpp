@@ -1,12 +1,14 @@
 #include "document/documentfile.h"
 #include "document/documentformats.h"
 #include "document/documentlimits.h"
+#include "support/smalldisk.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTest>
+#include <cerrno>
 #include <chrono>
 #include <fcntl.h>
 #include <future>
@@ -57,6 +59,33 @@ Result<Content> readWithoutHanging(const QString& path, const QString& typeName)
     return reading.get();
 }
 
+// Root may write where the permissions say no one may. For the length of a test this
+// takes that away: the effective user becomes "nobody", and root again afterwards.
+class WithoutRootPrivileges
+{
+public:
+    WithoutRootPrivileges()
+    {
+        if (::geteuid() == 0)
+            m_dropped = ::setegid(kNobody) == 0 && ::seteuid(kNobody) == 0;
+    }
+    ~WithoutRootPrivileges()
+    {
+        if (m_dropped) {
+            [[maybe_unused]] const int user = ::seteuid(0);
+            [[maybe_unused]] const int group = ::setegid(0);
+        }
+    }
+    WithoutRootPrivileges(const WithoutRootPrivileges&) = delete;
+    WithoutRootPrivileges& operator=(const WithoutRootPrivileges&) = delete;
+
+    bool permissionsApply() const { return ::geteuid() != 0; }
+
+private:
+    static constexpr uid_t kNobody = 65534;
+    bool m_dropped = false;
+};
+
 // The message of a failed result, for the log; empty when it succeeded.
 template <typename T> QByteArray failure(const Result<T>& result)
 {
@@ -82,7 +111,15 @@ private:
     }
 
 private Q_SLOTS:
-    void initTestCase() { QVERIFY(m_dir.isValid()); }
+    void initTestCase()
+    {
+        QVERIFY(m_dir.isValid());
+        // Others may look in, so that a test without root's privileges meets only the
+        // permissions it sets up itself.
+        QVERIFY(QFile::setPermissions(m_dir.path(), QFile::permissions(m_dir.path()) |
+                                                        QFile::ReadOther | QFile::ExeOther |
+                                                        QFile::ReadGroup | QFile::ExeGroup));
+    }
 
     void theLargestDocumentIsWrittenAndReadBack()
     {
@@ -192,6 +229,157 @@ private Q_SLOTS:
         QVERIFY2(read.ok(), failure(read).constData());
         QCOMPARE(read->size(), kMaxDocumentFileSize);
         QVERIFY(read->endsWith(" x"));
+    }
+
+    void aFullDiskIsSaidToBeFull()
+    {
+        testing::SmallDisk disk(path(QStringLiteral("full")), 64);
+        if (!disk.isMounted())
+            QSKIP(qPrintable(disk.whyNot()));
+        const QString file = disk.filePath(QStringLiteral("label.txt"));
+        writeAll(file, "the label before");
+        Content record;
+        record.labelText = AttributedString(RichText(QString(100'000, QLatin1Char('x'))));
+        const Status written = writeLabelFile(file, record, QString(kPlainTextType));
+        QVERIFY(!written.ok());
+        QCOMPARE(written.error().message,
+                 QStringLiteral("Cannot write “%1”: the disk is full.").arg(file));
+        QCOMPARE(written.error().domain, QString(kPosixErrorDomain));
+        QCOMPARE(written.error().code, ENOSPC);
+        QCOMPARE(readAll(file), QByteArray("the label before"));
+        QCOMPARE(namesIn(QFileInfo(file).path()), QStringList{QStringLiteral("label.txt")});
+    }
+
+    void aReadOnlyDiskIsSaidToBeReadOnly()
+    {
+        testing::SmallDisk disk(path(QStringLiteral("read-only")), 64);
+        if (!disk.isMounted())
+            QSKIP(qPrintable(disk.whyNot()));
+        const QString existing = disk.filePath(QStringLiteral("label.lomir"));
+        writeAll(existing, "the label before");
+        QVERIFY(disk.makeReadOnly());
+        const QString fresh = disk.filePath(QStringLiteral("new.lomir"));
+        for (const QString& file : {existing, fresh}) {
+            const Status written = writeLabelFile(file, Content(), QString(kLomirDocumentType));
+            QVERIFY(!written.ok());
+            QCOMPARE(written.error().message,
+                     QStringLiteral("Cannot write “%1”: the disk is read-only.").arg(file));
+            QCOMPARE(written.error().domain, QString(kPosixErrorDomain));
+            QCOMPARE(written.error().code, EROFS);
+        }
+        QCOMPARE(readAll(existing), QByteArray("the label before"));
+        QVERIFY(!QFile::exists(fresh));
+    }
+
+    void permissionDeniedIsSaid()
+    {
+        // A folder others may read but not change, a file no one may read, and, to
+        // show that the rest of the way is open, a folder everyone may change.
+        const QString locked = path(QStringLiteral("locked"));
+        QVERIFY(QDir().mkdir(locked));
+        const QString existing = QDir(locked).filePath(QStringLiteral("label.lomir"));
+        writeAll(existing, "the label before");
+        QVERIFY(::chmod(QFile::encodeName(locked).constData(), 0555) == 0);
+        const QString secret = path(QStringLiteral("secret.txt"));
+        writeAll(secret, "words");
+        QVERIFY(::chmod(QFile::encodeName(secret).constData(), 0000) == 0);
+        const QString open = path(QStringLiteral("open"));
+        QVERIFY(QDir().mkdir(open));
+        QVERIFY(::chmod(QFile::encodeName(open).constData(), 0777) == 0);
+
+        const WithoutRootPrivileges unprivileged;
+        if (!unprivileged.permissionsApply())
+            QSKIP("running as root, and root's privileges could not be set aside");
+        QVERIFY(writeLabelFile(QDir(open).filePath(QStringLiteral("label.lomir")), Content(),
+                               QString(kLomirDocumentType))
+                    .ok());
+        const QString fresh = QDir(locked).filePath(QStringLiteral("new.lomir"));
+        for (const QString& file : {existing, fresh}) {
+            const Status written = writeLabelFile(file, Content(), QString(kLomirDocumentType));
+            QVERIFY(!written.ok());
+            QCOMPARE(written.error().message,
+                     QStringLiteral("Cannot write “%1”: permission denied.").arg(file));
+            QCOMPARE(written.error().domain, QString(kPosixErrorDomain));
+            QCOMPARE(written.error().code, EACCES);
+        }
+        QCOMPARE(readAll(existing), QByteArray("the label before"));
+        QVERIFY(!QFile::exists(fresh));
+
+        const Result<Content> read = readLabelFile(secret, QString(kPlainTextType));
+        QVERIFY(!read.ok());
+        QCOMPARE(read.error().message,
+                 QStringLiteral("Cannot open “%1”: permission denied.").arg(secret));
+        QCOMPARE(read.error().code, EACCES);
+    }
+
+    void aMissingFolderOrFileIsNamed()
+    {
+        const QString folder = path(QStringLiteral("absent"));
+        const QString inMissingFolder = QDir(folder).filePath(QStringLiteral("label.lomir"));
+        const Status written =
+            writeLabelFile(inMissingFolder, Content(), QString(kLomirDocumentType));
+        QVERIFY(!written.ok());
+        QCOMPARE(written.error().message,
+                 QStringLiteral("Cannot write “%1”: the folder “%2” does not exist.")
+                     .arg(inMissingFolder, folder));
+        QCOMPARE(written.error().domain, QString(kPosixErrorDomain));
+        QCOMPARE(written.error().code, ENOENT);
+
+        const Result<Content> read = readLabelFile(inMissingFolder, QString(kLomirDocumentType));
+        QVERIFY(!read.ok());
+        QCOMPARE(read.error().message,
+                 QStringLiteral("Cannot open “%1”: the folder “%2” does not exist.")
+                     .arg(inMissingFolder, folder));
+
+        const QString missing = path(QStringLiteral("absent.lomir"));
+        const Result<Content> readMissing = readLabelFile(missing, QString(kLomirDocumentType));
+        QVERIFY(!readMissing.ok());
+        QCOMPARE(readMissing.error().message,
+                 QStringLiteral("Cannot open “%1”: there is no such file.").arg(missing));
+        QCOMPARE(readMissing.error().code, ENOENT);
+    }
+
+    void aFileInThePathIsNoFolder()
+    {
+        const QString file = path(QStringLiteral("plain.txt"));
+        writeAll(file, "words");
+        const QString below = QDir(file).filePath(QStringLiteral("label.lomir"));
+        const Status written = writeLabelFile(below, Content(), QString(kLomirDocumentType));
+        QVERIFY(!written.ok());
+        QCOMPARE(written.error().message,
+                 QStringLiteral("Cannot write “%1”: part of its path is not a folder.").arg(below));
+        QCOMPARE(written.error().code, ENOTDIR);
+        QCOMPARE(readAll(file), QByteArray("words"));
+    }
+
+    void onlyRegularFilesAreReplaced_data()
+    {
+        QTest::addColumn<QString>("target");
+        QTest::addColumn<QString>("reason");
+        const QString folder = path(QStringLiteral("folder-target.txt"));
+        QVERIFY(QDir().mkdir(folder));
+        QTest::newRow("folder") << folder << QStringLiteral("it is a folder, not a file");
+        const QString pipe = path(QStringLiteral("pipe-target.txt"));
+        QVERIFY(::mkfifo(QFile::encodeName(pipe).constData(), 0644) == 0);
+        QTest::newRow("named pipe") << pipe << QStringLiteral("it is a pipe, not a file");
+    }
+
+    void onlyRegularFilesAreReplaced()
+    {
+        QFETCH(QString, target);
+        QFETCH(QString, reason);
+        struct stat before = {};
+        QVERIFY(::stat(QFile::encodeName(target).constData(), &before) == 0);
+        const Status written = writeLabelFile(target, Content(), QString(kPlainTextType));
+        QVERIFY(!written.ok());
+        QCOMPARE(written.error().message,
+                 QStringLiteral("Cannot write “%1”: %2.").arg(target, reason));
+        QCOMPARE(written.error().domain, QString(kFileErrorDomain));
+        QCOMPARE(written.error().code, kNotARegularFile);
+        struct stat after = {};
+        QVERIFY(::stat(QFile::encodeName(target).constData(), &after) == 0);
+        QCOMPARE(after.st_mode, before.st_mode);
+        QCOMPARE(after.st_ino, before.st_ino);
     }
 };
 
