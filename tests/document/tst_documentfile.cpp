@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 #include <cerrno>
@@ -280,6 +281,9 @@ private Q_SLOTS:
         const QString existing = QDir(locked).filePath(QStringLiteral("label.lomir"));
         writeAll(existing, "the label before");
         QVERIFY(::chmod(QFile::encodeName(locked).constData(), 0555) == 0);
+        // Changeable again afterwards, so that the temporary folder can be removed.
+        const auto unlock =
+            qScopeGuard([&] { ::chmod(QFile::encodeName(locked).constData(), 0755); });
         const QString secret = path(QStringLiteral("secret.txt"));
         writeAll(secret, "words");
         QVERIFY(::chmod(QFile::encodeName(secret).constData(), 0000) == 0);
