@@ -1,6 +1,6 @@
 #include "document/documentformats.h"
 #include "document/documentlimits.h"
-#include "support/smalldisk.h"
+#include "support/filecases.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -11,7 +11,6 @@
 #include <functional>
 #include <nlohmann/json.hpp>
 #include <sys/resource.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace lomir;
@@ -129,10 +128,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         QVERIFY(m_dir.isValid());
-        // Others may look in, for the runs without root's privileges.
-        QVERIFY(QFile::setPermissions(m_dir.path(), QFile::permissions(m_dir.path()) |
-                                                        QFile::ReadOther | QFile::ExeOther |
-                                                        QFile::ReadGroup | QFile::ExeGroup));
+        QVERIFY(testing::letOthersLookIn(m_dir.path()));
         Content record;
         record.labelText = AttributedString(label());
         record.quantity = QStringLiteral("30");
@@ -306,33 +302,24 @@ private Q_SLOTS:
 
     void onlyRegularFilesAreRead_data()
     {
-        QTest::addColumn<QString>("input");
-        QTest::addColumn<QString>("reason");
-        const QString pipe = path(QStringLiteral("pipe.lomir"));
-        QVERIFY(::mkfifo(QFile::encodeName(pipe).constData(), 0644) == 0);
-        QTest::newRow("named pipe") << pipe << QStringLiteral("it is a pipe, not a file");
-        const QString zero = path(QStringLiteral("zero.txt"));
-        QVERIFY(QFile::link(QStringLiteral("/dev/zero"), zero));
-        QTest::newRow("link to /dev/zero") << zero << QStringLiteral("it is a device, not a file");
-        const QString folder = path(QStringLiteral("folder.rtf"));
-        QVERIFY(QDir().mkdir(folder));
-        QTest::newRow("folder") << folder << QStringLiteral("it is a folder, not a file");
-        // A terabyte that takes no room on the disk: it holds no data.
+        QDir folder(path(QStringLiteral("not-files")));
+        QVERIFY(folder.mkpath(QStringLiteral(".")));
+        testing::addNonRegularFileRows(folder);
+        // A terabyte that takes no room on the disk.
         const QString huge = path(QStringLiteral("terabyte.txt"));
-        QFile sparse(huge);
-        QVERIFY(sparse.open(QIODevice::WriteOnly) && sparse.resize(qint64(1) << 40));
+        QVERIFY(testing::makeSparseFile(huge, qint64(1) << 40));
         QTest::newRow("a terabyte")
             << huge << QStringLiteral("it is larger than 16 MB, the largest file Lomir opens");
     }
 
     void onlyRegularFilesAreRead()
     {
-        QFETCH(QString, input);
+        QFETCH(QString, file);
         QFETCH(QString, reason);
         const QString output = path(QStringLiteral("never.lomir"));
-        const Run run = runLomirBounded({QStringLiteral("convert"), input, output});
+        const Run run = runLomirBounded({QStringLiteral("convert"), file, output});
         QCOMPARE(run.exitCode, 1);
-        QCOMPARE(oneLine(run), QStringLiteral("Cannot open “%1”: %2.").arg(input, reason));
+        QCOMPARE(oneLine(run), QStringLiteral("Cannot open “%1”: %2.").arg(file, reason));
         QVERIFY(!QFile::exists(output));
     }
 

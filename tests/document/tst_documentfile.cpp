@@ -1,7 +1,7 @@
 #include "document/documentfile.h"
 #include "document/documentformats.h"
 #include "document/documentlimits.h"
-#include "support/smalldisk.h"
+#include "support/filecases.h"
 
 #include <QDir>
 #include <QFile>
@@ -13,9 +13,7 @@
 #include <chrono>
 #include <fcntl.h>
 #include <future>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 using namespace lomir;
@@ -35,15 +33,6 @@ void writeAll(const QString& path, const QByteArray& data)
     QCOMPARE(file.write(data), data.size());
 }
 
-// A file of the size that holds no data: it takes no room on the disk, and reading it
-// would yield zeros for as long as its size says.
-void makeSparseFile(const QString& path, qint64 size)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QVERIFY(file.resize(size));
-}
-
 // Reads a file in a thread of its own, so that a read that blocks fails the test
 // instead of hanging it. When it blocks on a named pipe, opening the pipe for writing
 // and closing it again ends the read.
@@ -58,6 +47,17 @@ Result<Content> readWithoutHanging(const QString& path, const QString& typeName)
         return Error{QStringLiteral("test"), 0, QStringLiteral("the read blocked")};
     }
     return reading.get();
+}
+
+// Checks a failure: its whole sentence, its domain and its code.
+template <typename T>
+void verifyFailure(const Result<T>& result, const QString& message, QLatin1StringView domain,
+                   int code)
+{
+    QVERIFY(!result.ok());
+    QCOMPARE(result.error().message, message);
+    QCOMPARE(result.error().domain, QString(domain));
+    QCOMPARE(result.error().code, code);
 }
 
 // Root may write where the permissions say no one may. For the length of a test this
@@ -115,11 +115,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         QVERIFY(m_dir.isValid());
-        // Others may look in, so that a test without root's privileges meets only the
-        // permissions it sets up itself.
-        QVERIFY(QFile::setPermissions(m_dir.path(), QFile::permissions(m_dir.path()) |
-                                                        QFile::ReadOther | QFile::ExeOther |
-                                                        QFile::ReadGroup | QFile::ExeGroup));
+        QVERIFY(testing::letOthersLookIn(m_dir.path()));
     }
 
     void theLargestDocumentIsWrittenAndReadBack()
@@ -159,42 +155,18 @@ private Q_SLOTS:
 
     void onlyRegularFilesAreRead_data()
     {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("reason");
-        const QString pipe = path(QStringLiteral("pipe.txt"));
-        QVERIFY(::mkfifo(QFile::encodeName(pipe).constData(), 0644) == 0);
-        QTest::newRow("named pipe") << pipe << QStringLiteral("it is a pipe, not a file");
-
-        const QString zero = path(QStringLiteral("zero.txt"));
-        QVERIFY(QFile::link(QStringLiteral("/dev/zero"), zero));
-        QTest::newRow("link to /dev/zero") << zero << QStringLiteral("it is a device, not a file");
-
-        const QString folder = path(QStringLiteral("folder.lomir"));
-        QVERIFY(QDir().mkdir(folder));
-        QTest::newRow("folder") << folder << QStringLiteral("it is a folder, not a file");
-
-        const QString socket = path(QStringLiteral("socket.rtf"));
-        const int listener = ::socket(AF_UNIX, SOCK_STREAM, 0);
-        QVERIFY(listener >= 0);
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        const QByteArray native = QFile::encodeName(socket);
-        QVERIFY(std::size_t(native.size()) < sizeof address.sun_path);
-        std::memcpy(address.sun_path, native.constData(), std::size_t(native.size()));
-        QVERIFY(::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0);
-        ::close(listener);
-        QTest::newRow("socket") << socket << QStringLiteral("it is a socket, not a file");
+        QDir folder(path(QStringLiteral("not-files")));
+        QVERIFY(folder.mkpath(QStringLiteral(".")));
+        testing::addNonRegularFileRows(folder);
     }
 
     void onlyRegularFilesAreRead()
     {
-        QFETCH(QString, name);
+        QFETCH(QString, file);
         QFETCH(QString, reason);
-        const Result<Content> read = readWithoutHanging(name, typeForFileName(name));
-        QVERIFY(!read.ok());
-        QCOMPARE(read.error().message, QStringLiteral("Cannot open “%1”: %2.").arg(name, reason));
-        QCOMPARE(read.error().domain, QString(kFileErrorDomain));
-        QCOMPARE(read.error().code, kNotARegularFile);
+        verifyFailure(readWithoutHanging(file, typeForFileName(file)),
+                      QStringLiteral("Cannot open “%1”: %2.").arg(file, reason), kFileErrorDomain,
+                      kNotARegularFile);
     }
 
     void aFileLargerThanTheLargestIsNotRead_data()
@@ -209,7 +181,7 @@ private Q_SLOTS:
     {
         QFETCH(qint64, size);
         const QString file = path(QStringLiteral("large-%1.txt").arg(size));
-        makeSparseFile(file, size);
+        QVERIFY(testing::makeSparseFile(file, size));
         const auto started = std::chrono::steady_clock::now();
         const Result<Content> read = readLabelFile(file, QString(kPlainTextType));
         QVERIFY(std::chrono::steady_clock::now() - started < std::chrono::seconds(1));
@@ -241,12 +213,9 @@ private Q_SLOTS:
         writeAll(file, "the label before");
         Content record;
         record.labelText = AttributedString(RichText(QString(100'000, QLatin1Char('x'))));
-        const Status written = writeLabelFile(file, record, QString(kPlainTextType));
-        QVERIFY(!written.ok());
-        QCOMPARE(written.error().message,
-                 QStringLiteral("Cannot write “%1”: the disk is full.").arg(file));
-        QCOMPARE(written.error().domain, QString(kPosixErrorDomain));
-        QCOMPARE(written.error().code, ENOSPC);
+        verifyFailure(writeLabelFile(file, record, QString(kPlainTextType)),
+                      QStringLiteral("Cannot write “%1”: the disk is full.").arg(file),
+                      kPosixErrorDomain, ENOSPC);
         QCOMPARE(readAll(file), QByteArray("the label before"));
         QCOMPARE(namesIn(QFileInfo(file).path()), QStringList{QStringLiteral("label.txt")});
     }
@@ -261,12 +230,9 @@ private Q_SLOTS:
         QVERIFY(disk.makeReadOnly());
         const QString fresh = disk.filePath(QStringLiteral("new.lomir"));
         for (const QString& file : {existing, fresh}) {
-            const Status written = writeLabelFile(file, Content(), QString(kLomirDocumentType));
-            QVERIFY(!written.ok());
-            QCOMPARE(written.error().message,
-                     QStringLiteral("Cannot write “%1”: the disk is read-only.").arg(file));
-            QCOMPARE(written.error().domain, QString(kPosixErrorDomain));
-            QCOMPARE(written.error().code, EROFS);
+            verifyFailure(writeLabelFile(file, Content(), QString(kLomirDocumentType)),
+                          QStringLiteral("Cannot write “%1”: the disk is read-only.").arg(file),
+                          kPosixErrorDomain, EROFS);
         }
         QCOMPARE(readAll(existing), QByteArray("the label before"));
         QVERIFY(!QFile::exists(fresh));
@@ -299,35 +265,26 @@ private Q_SLOTS:
                     .ok());
         const QString fresh = QDir(locked).filePath(QStringLiteral("new.lomir"));
         for (const QString& file : {existing, fresh}) {
-            const Status written = writeLabelFile(file, Content(), QString(kLomirDocumentType));
-            QVERIFY(!written.ok());
-            QCOMPARE(written.error().message,
-                     QStringLiteral("Cannot write “%1”: permission denied.").arg(file));
-            QCOMPARE(written.error().domain, QString(kPosixErrorDomain));
-            QCOMPARE(written.error().code, EACCES);
+            verifyFailure(writeLabelFile(file, Content(), QString(kLomirDocumentType)),
+                          QStringLiteral("Cannot write “%1”: permission denied.").arg(file),
+                          kPosixErrorDomain, EACCES);
         }
         QCOMPARE(readAll(existing), QByteArray("the label before"));
         QVERIFY(!QFile::exists(fresh));
 
-        const Result<Content> read = readLabelFile(secret, QString(kPlainTextType));
-        QVERIFY(!read.ok());
-        QCOMPARE(read.error().message,
-                 QStringLiteral("Cannot open “%1”: permission denied.").arg(secret));
-        QCOMPARE(read.error().code, EACCES);
+        verifyFailure(readLabelFile(secret, QString(kPlainTextType)),
+                      QStringLiteral("Cannot open “%1”: permission denied.").arg(secret),
+                      kPosixErrorDomain, EACCES);
     }
 
     void aMissingFolderOrFileIsNamed()
     {
         const QString folder = path(QStringLiteral("absent"));
         const QString inMissingFolder = QDir(folder).filePath(QStringLiteral("label.lomir"));
-        const Status written =
-            writeLabelFile(inMissingFolder, Content(), QString(kLomirDocumentType));
-        QVERIFY(!written.ok());
-        QCOMPARE(written.error().message,
-                 QStringLiteral("Cannot write “%1”: the folder “%2” does not exist.")
-                     .arg(inMissingFolder, folder));
-        QCOMPARE(written.error().domain, QString(kPosixErrorDomain));
-        QCOMPARE(written.error().code, ENOENT);
+        verifyFailure(writeLabelFile(inMissingFolder, Content(), QString(kLomirDocumentType)),
+                      QStringLiteral("Cannot write “%1”: the folder “%2” does not exist.")
+                          .arg(inMissingFolder, folder),
+                      kPosixErrorDomain, ENOENT);
 
         const Result<Content> read = readLabelFile(inMissingFolder, QString(kLomirDocumentType));
         QVERIFY(!read.ok());
@@ -336,11 +293,9 @@ private Q_SLOTS:
                      .arg(inMissingFolder, folder));
 
         const QString missing = path(QStringLiteral("absent.lomir"));
-        const Result<Content> readMissing = readLabelFile(missing, QString(kLomirDocumentType));
-        QVERIFY(!readMissing.ok());
-        QCOMPARE(readMissing.error().message,
-                 QStringLiteral("Cannot open “%1”: there is no such file.").arg(missing));
-        QCOMPARE(readMissing.error().code, ENOENT);
+        verifyFailure(readLabelFile(missing, QString(kLomirDocumentType)),
+                      QStringLiteral("Cannot open “%1”: there is no such file.").arg(missing),
+                      kPosixErrorDomain, ENOENT);
     }
 
     void aFileInThePathIsNoFolder()
@@ -348,11 +303,10 @@ private Q_SLOTS:
         const QString file = path(QStringLiteral("plain.txt"));
         writeAll(file, "words");
         const QString below = QDir(file).filePath(QStringLiteral("label.lomir"));
-        const Status written = writeLabelFile(below, Content(), QString(kLomirDocumentType));
-        QVERIFY(!written.ok());
-        QCOMPARE(written.error().message,
-                 QStringLiteral("Cannot write “%1”: part of its path is not a folder.").arg(below));
-        QCOMPARE(written.error().code, ENOTDIR);
+        verifyFailure(
+            writeLabelFile(below, Content(), QString(kLomirDocumentType)),
+            QStringLiteral("Cannot write “%1”: part of its path is not a folder.").arg(below),
+            kPosixErrorDomain, ENOTDIR);
         QCOMPARE(readAll(file), QByteArray("words"));
     }
 
@@ -374,12 +328,9 @@ private Q_SLOTS:
         QFETCH(QString, reason);
         struct stat before = {};
         QVERIFY(::stat(QFile::encodeName(target).constData(), &before) == 0);
-        const Status written = writeLabelFile(target, Content(), QString(kPlainTextType));
-        QVERIFY(!written.ok());
-        QCOMPARE(written.error().message,
-                 QStringLiteral("Cannot write “%1”: %2.").arg(target, reason));
-        QCOMPARE(written.error().domain, QString(kFileErrorDomain));
-        QCOMPARE(written.error().code, kNotARegularFile);
+        verifyFailure(writeLabelFile(target, Content(), QString(kPlainTextType)),
+                      QStringLiteral("Cannot write “%1”: %2.").arg(target, reason),
+                      kFileErrorDomain, kNotARegularFile);
         struct stat after = {};
         QVERIFY(::stat(QFile::encodeName(target).constData(), &after) == 0);
         QCOMPARE(after.st_mode, before.st_mode);
