@@ -1,8 +1,10 @@
 #include "document/documentformats.h"
 
+#include "document/documentlimits.h"
 #include "document/rtf.h"
 
 #include <QFileInfo>
+#include <QLocale>
 #include <QStringDecoder>
 
 namespace lomir {
@@ -26,18 +28,43 @@ Result<QString> decodeUtf8(const QByteArray& data)
     return text;
 }
 
-} // namespace
-
-Result<QByteArray> dataOfType(const Content& record, const QString& typeName)
+// A label text no longer than the longest, or the sentence that says it is too long.
+Status checkTextLength(qsizetype length)
 {
-    const RichText& text = record.labelText.nsAttributedString();
+    if (length <= kMaxLabelTextLength)
+        return Done{};
+    return Error{QString(kFileErrorDomain), kLabelTextTooLong,
+                 QStringLiteral("The label’s text has %1 characters, more than the %2 a label "
+                                "can hold.")
+                     .arg(QLocale().toString(length), QLocale().toString(kMaxLabelTextLength))};
+}
+
+Result<QByteArray> bytesOfType(const RichText& text, const Content& record, const QString& typeName)
+{
     if (typeName == kPlainTextType)
         return text.string().toUtf8();
     if (typeName == kRtfType)
         return writeRtf(text);
-    if (typeName == kLomirDocumentType)
-        return record.encode();
-    return unsupportedType(typeName);
+    return record.encode();
+}
+
+} // namespace
+
+Result<QByteArray> dataOfType(const Content& record, const QString& typeName)
+{
+    if (typeName != kPlainTextType && typeName != kRtfType && typeName != kLomirDocumentType)
+        return unsupportedType(typeName);
+    const RichText& text = record.labelText.nsAttributedString();
+    if (const Status fits = checkTextLength(text.length()); !fits)
+        return fits.error();
+    Result<QByteArray> data = bytesOfType(text, record, typeName);
+    // Lomir never writes a file it would refuse to open.
+    if (data && data->size() > kMaxDocumentFileSize)
+        return Error{QString(kFileErrorDomain), kFileTooLarge,
+                     QStringLiteral("The document would take more than %1, the largest file "
+                                    "Lomir opens.")
+                         .arg(largestFileText())};
+    return data;
 }
 
 Status readFromData(const QByteArray& data, const QString& typeName, Content& record)
@@ -46,6 +73,8 @@ Status readFromData(const QByteArray& data, const QString& typeName, Content& re
         Result<QString> text = decodeUtf8(data);
         if (!text)
             return text.error();
+        if (const Status fits = checkTextLength(text->size()); !fits)
+            return fits;
         record.labelText = AttributedString(RichText(std::move(text).value()));
         return Done{};
     }
@@ -53,6 +82,8 @@ Status readFromData(const QByteArray& data, const QString& typeName, Content& re
         Result<RichText> text = readRtf(data);
         if (!text)
             return Error{QString(kUnreadableTextDomain), kRtfUnreadable, text.error().message};
+        if (const Status fits = checkTextLength(text->length()); !fits)
+            return fits;
         record.labelText = AttributedString(std::move(text).value());
         return Done{};
     }
@@ -60,6 +91,9 @@ Status readFromData(const QByteArray& data, const QString& typeName, Content& re
         Result<Content> content = Content::decode(data);
         if (!content)
             return content.error();
+        if (const Status fits = checkTextLength(content->labelText.nsAttributedString().length());
+            !fits)
+            return fits;
         record = std::move(content).value();
         return Done{};
     }

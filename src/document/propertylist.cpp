@@ -1,6 +1,7 @@
 #include "document/propertylist.h"
 
 #include "document/archiveerrors.h"
+#include "document/documentlimits.h"
 
 #include <QXmlStreamReader>
 #include <algorithm>
@@ -397,7 +398,7 @@ private:
 
 Result<PlistPtr> parsePropertyList(const QByteArray& data)
 {
-    if (data.size() > kMaxPropertyListSize)
+    if (data.size() > kMaxArchiveSize)
         return archiveDamaged("it is too large to be the archive of a label");
     if (data.startsWith("bplist")) {
         if (!data.startsWith("bplist00"))

@@ -15,10 +15,9 @@ struct PlistDeleter
 };
 using PlistPtr = std::unique_ptr<void, PlistDeleter>;
 
-// Limits on property lists read from outside. Keyed archives nest four or five levels
-// deep; the limits only stop hostile files.
+// Keyed archives nest four or five levels deep; this limit only stops hostile files.
+// How large a list may be is kMaxArchiveSize, shared with the document's writer.
 inline constexpr int kMaxPropertyListDepth = 32;
-inline constexpr qsizetype kMaxPropertyListSize = 16 * 1024 * 1024;
 
 // Parses a binary ("bplist00") or XML property list. Never aborts and never uses
 // unbounded time or memory, whatever the bytes:

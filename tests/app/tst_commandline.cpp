@@ -1,9 +1,17 @@
 #include "document/documentformats.h"
+#include "document/documentlimits.h"
+#include "support/filecases.h"
 
+#include <QDir>
+#include <QFileInfo>
+#include <QLocale>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
+#include <functional>
 #include <nlohmann/json.hpp>
+#include <sys/resource.h>
+#include <unistd.h>
 
 using namespace lomir;
 
@@ -16,13 +24,44 @@ struct Run
     QByteArray err;
 };
 
-Run runLomir(const QStringList& arguments)
+Run runLomir(const QStringList& arguments, int timeoutMs = 60000,
+             const std::function<void()>& childSetUp = {})
 {
     QProcess process;
+    if (childSetUp)
+        process.setChildProcessModifier(childSetUp);
     process.start(QStringLiteral(LOMIR_BINARY), arguments);
-    if (!process.waitForFinished(60000))
+    if (!process.waitForFinished(timeoutMs))
         return {};
+    if (process.exitStatus() != QProcess::NormalExit)
+        return {-1, process.readAllStandardOutput(), process.readAllStandardError()};
     return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
+}
+
+// A build with AddressSanitizer reserves terabytes of address space at start.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kAddressSanitizer = true;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+constexpr bool kAddressSanitizer = true;
+#else
+constexpr bool kAddressSanitizer = false;
+#endif
+#else
+constexpr bool kAddressSanitizer = false;
+#endif
+
+// Runs a command that might block or read without end: it is stopped after ten
+// seconds, and its address space is capped at a gigabyte so that it fails fast
+// instead of taking the machine's memory.
+Run runLomirBounded(const QStringList& arguments)
+{
+    return runLomir(arguments, 10000, [] {
+        if (kAddressSanitizer)
+            return;
+        const rlimit oneGigabyte{rlim_t(1) << 30, rlim_t(1) << 30};
+        setrlimit(RLIMIT_AS, &oneGigabyte);
+    });
 }
 
 RichText label()
@@ -46,6 +85,34 @@ void writeFile(const QString& path, const QByteArray& data)
     file.write(data);
 }
 
+QByteArray readFile(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// Runs a command as the user "nobody" when the test runs as root, so that file
+// permissions apply to it.
+Run runLomirWithoutRootPrivileges(const QStringList& arguments)
+{
+    if (::geteuid() != 0)
+        return runLomir(arguments);
+    return runLomir(arguments, 60000, [] {
+        constexpr uid_t kNobody = 65534;
+        if (::setgid(kNobody) != 0 || ::setuid(kNobody) != 0)
+            ::_exit(127);
+    });
+}
+
+// The error output of a failed command: one line, without the line break.
+QString oneLine(const Run& run)
+{
+    const QString message = QString::fromUtf8(run.err);
+    return message.count(QLatin1Char('\n')) == 1 && message.endsWith(QLatin1Char('\n'))
+               ? message.chopped(1)
+               : QStringLiteral("not one line: ") + message;
+}
+
 } // namespace
 
 class CommandLineTest : public QObject
@@ -61,6 +128,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         QVERIFY(m_dir.isValid());
+        QVERIFY(testing::letOthersLookIn(m_dir.path()));
         Content record;
         record.labelText = AttributedString(label());
         record.quantity = QStringLiteral("30");
@@ -179,6 +247,135 @@ private Q_SLOTS:
         QCOMPARE(run.exitCode, 1);
         QVERIFY(!run.err.isEmpty());
         QVERIFY(!QFile::exists(output));
+    }
+
+    void theLongestLabelTextConvertsAndOpens()
+    {
+        const QString text(kMaxLabelTextLength, QChar(0x20AC));
+        const QString input = path(QStringLiteral("longest.txt"));
+        writeFile(input, text.toUtf8());
+        const QString lomir = path(QStringLiteral("longest.lomir"));
+        const QString rtf = path(QStringLiteral("longest.rtf"));
+        const QString back = path(QStringLiteral("longest-back.txt"));
+        QCOMPARE(runLomir({QStringLiteral("convert"), input, lomir}).exitCode, 0);
+        QCOMPARE(runLomir({QStringLiteral("convert"), lomir, rtf}).exitCode, 0);
+        QCOMPARE(runLomir({QStringLiteral("convert"), rtf, back}).exitCode, 0);
+        QCOMPARE(readFile(back), text.toUtf8());
+
+        const Run run = runLomir({QStringLiteral("inspect"), lomir});
+        QCOMPARE(run.exitCode, 0);
+        const auto json = nlohmann::json::parse(run.out.toStdString());
+        QCOMPARE(QString::fromStdString(json["labelText"]["string"].get<std::string>()), text);
+    }
+
+    void aTextLongerThanALabelHoldsIsNotConverted()
+    {
+        const QString input = path(QStringLiteral("too-long.txt"));
+        writeFile(input, QByteArray(kMaxLabelTextLength + 1, 'x'));
+        const QString output = path(QStringLiteral("kept.lomir"));
+        writeFile(output, "the file already there");
+        const Run run = runLomir({QStringLiteral("convert"), input, output});
+        QCOMPARE(run.exitCode, 1);
+        QCOMPARE(oneLine(run),
+                 QStringLiteral("Cannot read “%1”: The label’s text has %2 characters, more "
+                                "than the %3 a label can hold.")
+                     .arg(input, QLocale().toString(kMaxLabelTextLength + 1),
+                          QLocale().toString(kMaxLabelTextLength)));
+        QCOMPARE(readFile(output), QByteArray("the file already there"));
+    }
+
+    void whatConvertWritesInspectOpens()
+    {
+        // Twenty megabytes of text once made a document that nothing could open again.
+        const QString input = path(QStringLiteral("twenty.txt"));
+        writeFile(input, QByteArray(20 * 1024 * 1024, 'x'));
+        const QString output = path(QStringLiteral("twenty.lomir"));
+        const Run converted = runLomir({QStringLiteral("convert"), input, output});
+        if (converted.exitCode == 0) {
+            const Run inspected = runLomir({QStringLiteral("inspect"), output});
+            QVERIFY2(inspected.exitCode == 0, inspected.err.constData());
+        }
+        QCOMPARE(converted.exitCode, 1);
+        QVERIFY(oneLine(converted).contains(input));
+        QVERIFY(!QFile::exists(output));
+    }
+
+    void onlyRegularFilesAreRead_data()
+    {
+        QDir folder(path(QStringLiteral("not-files")));
+        QVERIFY(folder.mkpath(QStringLiteral(".")));
+        testing::addNonRegularFileRows(folder);
+        // A terabyte that takes no room on the disk.
+        const QString huge = path(QStringLiteral("terabyte.txt"));
+        QVERIFY(testing::makeSparseFile(huge, qint64(1) << 40));
+        QTest::newRow("a terabyte")
+            << huge << QStringLiteral("it is larger than 16 MB, the largest file Lomir opens");
+    }
+
+    void onlyRegularFilesAreRead()
+    {
+        QFETCH(QString, file);
+        QFETCH(QString, reason);
+        const QString output = path(QStringLiteral("never.lomir"));
+        const Run run = runLomirBounded({QStringLiteral("convert"), file, output});
+        QCOMPARE(run.exitCode, 1);
+        QCOMPARE(oneLine(run), QStringLiteral("Cannot open “%1”: %2.").arg(file, reason));
+        QVERIFY(!QFile::exists(output));
+    }
+
+    void writeFailuresGiveTheReason()
+    {
+        const QString input = path(QStringLiteral("label.lomir"));
+
+        const QString inMissingFolder = QStringLiteral("/nonexistent/label.rtf");
+        Run run = runLomir({QStringLiteral("convert"), input, inMissingFolder});
+        QCOMPARE(run.exitCode, 1);
+        QCOMPARE(oneLine(run), QStringLiteral("Cannot write “/nonexistent/label.rtf”: the folder "
+                                              "“/nonexistent” does not exist."));
+
+        const QString locked = path(QStringLiteral("locked"));
+        QVERIFY(QDir().mkdir(locked));
+        QVERIFY(QFile::setPermissions(locked, QFile::ReadOwner | QFile::ExeOwner |
+                                                  QFile::ReadOther | QFile::ExeOther));
+        const QString refused = QDir(locked).filePath(QStringLiteral("label.txt"));
+        run = runLomirWithoutRootPrivileges({QStringLiteral("convert"), input, refused});
+        QCOMPARE(run.exitCode, 1);
+        QCOMPARE(oneLine(run),
+                 QStringLiteral("Cannot write “%1”: permission denied.").arg(refused));
+        QVERIFY(!QFile::exists(refused));
+    }
+
+    void aFullDiskIsSaidToBeFull()
+    {
+        testing::SmallDisk disk(path(QStringLiteral("full")), 64);
+        if (!disk.isMounted())
+            QSKIP(qPrintable(disk.whyNot()));
+        const QString input = path(QStringLiteral("large.txt"));
+        writeFile(input, QByteArray(100'000, 'x'));
+        const QString output = disk.filePath(QStringLiteral("label.txt"));
+        writeFile(output, "the label before");
+        const Run run = runLomir({QStringLiteral("convert"), input, output});
+        QCOMPARE(run.exitCode, 1);
+        QCOMPARE(oneLine(run), QStringLiteral("Cannot write “%1”: the disk is full.").arg(output));
+        QCOMPARE(readFile(output), QByteArray("the label before"));
+        QCOMPARE(QDir(QFileInfo(output).path()).entryList(QDir::Files | QDir::Hidden),
+                 QStringList{QStringLiteral("label.txt")});
+    }
+
+    void aReadOnlyDiskIsSaidToBeReadOnly()
+    {
+        testing::SmallDisk disk(path(QStringLiteral("read-only")), 64);
+        if (!disk.isMounted())
+            QSKIP(qPrintable(disk.whyNot()));
+        const QString output = disk.filePath(QStringLiteral("label.rtf"));
+        writeFile(output, "the label before");
+        QVERIFY(disk.makeReadOnly());
+        const Run run =
+            runLomir({QStringLiteral("convert"), path(QStringLiteral("label.lomir")), output});
+        QCOMPARE(run.exitCode, 1);
+        QCOMPARE(oneLine(run),
+                 QStringLiteral("Cannot write “%1”: the disk is read-only.").arg(output));
+        QCOMPARE(readFile(output), QByteArray("the label before"));
     }
 
     void textThatIsNotUtf8IsReported()

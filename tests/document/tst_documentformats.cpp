@@ -1,5 +1,8 @@
 #include "document/documentformats.h"
+#include "document/documentlimits.h"
+#include "document/rtf.h"
 
+#include <QLocale>
 #include <QTest>
 
 using namespace lomir;
@@ -37,6 +40,35 @@ Content editedRecord()
     record.frameWidth = 144.0;
     record.frameHeight = 72.0;
     return record;
+}
+
+// A record whose label text is as many euro signs as asked: one UTF-16 unit each, but
+// three bytes in UTF-8 and an escape in RTF, so every type is at its largest.
+Content recordWithTextOfLength(int length)
+{
+    Content record;
+    record.labelText = AttributedString(RichText(QString(length, QChar(0x20AC))));
+    return record;
+}
+
+QString textTooLongMessage(int length)
+{
+    return QStringLiteral("The label’s text has %1 characters, more than the %2 a label can hold.")
+        .arg(QLocale().toString(length), QLocale().toString(kMaxLabelTextLength));
+}
+
+// The message of a failed result, for the log; empty when it succeeded.
+template <typename T> QByteArray failure(const Result<T>& result)
+{
+    return result ? QByteArray() : result.error().message.toUtf8();
+}
+
+void addTheThreeTypes()
+{
+    QTest::addColumn<QString>("type");
+    QTest::newRow("plain text") << QString(kPlainTextType);
+    QTest::newRow("rtf") << QString(kRtfType);
+    QTest::newRow("own type") << QString(kLomirDocumentType);
 }
 
 void compareSettings(const Content& actual, const Content& expected)
@@ -181,6 +213,63 @@ private Q_SLOTS:
         QCOMPARE(read.error().code, kDecodingValueNotFound);
         QVERIFY(read.error().message.contains(QStringLiteral("quantity")));
         compareSettings(record, editedRecord());
+    }
+
+    void theLongestLabelTextIsWrittenAndReadBack_data() { addTheThreeTypes(); }
+
+    void theLongestLabelTextIsWrittenAndReadBack()
+    {
+        QFETCH(QString, type);
+        const Content record = recordWithTextOfLength(kMaxLabelTextLength);
+        const Result<QByteArray> data = dataOfType(record, type);
+        QVERIFY2(data.ok(), failure(data).constData());
+        QVERIFY(data->size() <= kMaxDocumentFileSize);
+        Content reopened;
+        const Status read = readFromData(*data, type, reopened);
+        QVERIFY2(read.ok(), failure(read).constData());
+        QCOMPARE(reopened.labelText.nsAttributedString().string(),
+                 record.labelText.nsAttributedString().string());
+    }
+
+    void aLabelTextBeyondTheLongestIsRefused_data() { addTheThreeTypes(); }
+
+    void aLabelTextBeyondTheLongestIsRefused()
+    {
+        QFETCH(QString, type);
+        const Content record = recordWithTextOfLength(kMaxLabelTextLength + 1);
+        const Result<QByteArray> written = dataOfType(record, type);
+        QVERIFY(!written.ok());
+        QCOMPARE(written.error().domain, QString(kFileErrorDomain));
+        QCOMPARE(written.error().code, kLabelTextTooLong);
+        QCOMPARE(written.error().message, textTooLongMessage(kMaxLabelTextLength + 1));
+
+        // The same text in a file another program wrote is not taken in either, so the
+        // editor never holds a text it could not save.
+        const RichText& text = record.labelText.nsAttributedString();
+        const QByteArray data = type == kPlainTextType ? text.string().toUtf8()
+                                : type == kRtfType     ? writeRtf(text)
+                                                       : record.encode().value();
+        Content kept = editedRecord();
+        const Status read = readFromData(data, type, kept);
+        QVERIFY(!read.ok());
+        QCOMPARE(read.error().code, kLabelTextTooLong);
+        QCOMPARE(read.error().message, textTooLongMessage(kMaxLabelTextLength + 1));
+        QCOMPARE(kept.labelText.nsAttributedString(), styledLabel());
+        compareSettings(kept, editedRecord());
+    }
+
+    void aDocumentLargerThanTheLargestFileIsRefused()
+    {
+        // The settings are saved as typed, so only the size of the whole file bounds them.
+        Content record;
+        record.quantity = QString(kMaxDocumentFileSize, QLatin1Char('9'));
+        const Result<QByteArray> written = dataOfType(record, QString(kLomirDocumentType));
+        QVERIFY(!written.ok());
+        QCOMPARE(written.error().domain, QString(kFileErrorDomain));
+        QCOMPARE(written.error().code, kFileTooLarge);
+        QCOMPARE(written.error().message,
+                 QStringLiteral("The document would take more than 16 MB, the largest file "
+                                "Lomir opens."));
     }
 
     void unknownTypes_data()

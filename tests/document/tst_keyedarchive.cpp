@@ -1,4 +1,5 @@
 #include "document/colorspaces.h"
+#include "document/documentlimits.h"
 #include "document/fontnames.h"
 #include "document/keyedarchive.h"
 #include "document/propertylist.h"
@@ -2020,7 +2021,7 @@ void TestKeyedArchive::oversizedArchive()
 {
     // Far beyond any label: refused before it is parsed.
     QByteArray huge("bplist00");
-    huge += QByteArray(kMaxPropertyListSize, 'x');
+    huge += QByteArray(kMaxArchiveSize, 'x');
     const auto read = unarchiveRichText(huge);
     QVERIFY(!read.ok());
     QVERIFY2(read.error().message.contains(u"too large"_s), qPrintable(read.error().message));

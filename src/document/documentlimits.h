@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QString>
+#include <QtGlobal>
+
+namespace lomir {
+
+// How large a document may be. Reading and writing take their numbers from here, so
+// every file Lomir writes is one that Lomir opens again; a document beyond them is
+// refused before anything is read or written.
+
+// The largest file Lomir reads. A label's document is a few kilobytes; this leaves
+// room for a label text at its longest in any of the three types, and keeps a file
+// that is no document at all (a disk image, a log) from being read into memory.
+inline constexpr qint64 kMaxDocumentFileSize = 16 * 1024 * 1024;
+static_assert(kMaxDocumentFileSize % (1024 * 1024) == 0, "said to users in whole megabytes");
+
+// The largest file as a user reads it: "16 MB".
+inline QString largestFileText()
+{
+    return QStringLiteral("%1 MB").arg(kMaxDocumentFileSize / (1024 * 1024));
+}
+
+// The largest keyed archive of a label text. The own type stores the archive as
+// base64, four characters for every three bytes, inside the document's JSON; any
+// archive in a file of the largest size is therefore at most three quarters of it.
+inline constexpr qint64 kMaxArchiveSize = kMaxDocumentFileSize / 4 * 3;
+
+// The longest label text, in UTF-16 units (what the text's positions count). Far
+// beyond any label that fits a sheet, and short enough that the text in its own
+// type, as plain text or as RTF, stays well within the largest file.
+inline constexpr int kMaxLabelTextLength = 1'000'000;
+
+// Errors of reading and writing document files, all in one domain: what lies beyond
+// these limits, and what is no file at all. A failure the operating system reports
+// keeps its own number (errno) as the code, in kPosixErrorDomain.
+inline constexpr QLatin1StringView kFileErrorDomain{"LomirFileErrorDomain"};
+inline constexpr int kNotARegularFile = 1;  // a folder, device, pipe or socket
+inline constexpr int kFileTooLarge = 2;     // a file, read or to be written, beyond the largest
+inline constexpr int kLabelTextTooLong = 3; // a label text beyond the longest
+inline constexpr QLatin1StringView kPosixErrorDomain{"NSPOSIXErrorDomain"};
+
+} // namespace lomir
