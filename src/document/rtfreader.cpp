@@ -507,8 +507,8 @@ struct GroupState
 struct FontEntry
 {
     QString name;
-    int charset = 0;
-    int codePage = 0; // from \cpgN, which wins over the charset
+    std::optional<int> charset; // none declared: the document's code page
+    int codePage = 0;           // from \cpgN, which wins over the charset
 };
 
 struct ColorEntry
@@ -1137,7 +1137,8 @@ void RtfReader::handleFontTableWord(Word word, const Token& token)
         m_fontEntry = FontEntry{};
         break;
     case Word::FontCharset:
-        m_fontEntry.charset = token.parameter;
+        if (token.hasParameter)
+            m_fontEntry.charset = token.parameter;
         break;
     case Word::FontCodePage:
         m_fontEntry.codePage = token.parameter;
@@ -1281,6 +1282,9 @@ void RtfReader::handleTableDelimiter()
         finishExpandedColorEntry();
 }
 
+// The code page of the bytes being read: the current font's own (\cpgN, else the
+// \fcharsetN it declares), or the document's for a font that declares none or the
+// default set.
 int RtfReader::currentCodePage() const
 {
     int index = -1;
@@ -1298,7 +1302,7 @@ int RtfReader::currentCodePage() const
     if (entry != nullptr) {
         if (entry->codePage > 0)
             return entry->codePage;
-        const int codePage = rtf::codePageForCharset(entry->charset);
+        const int codePage = entry->charset ? rtf::codePageForCharset(*entry->charset) : 0;
         if (codePage != 0)
             return codePage;
     }
