@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <map>
 #include <string>
 #include <string_view>
@@ -23,9 +24,9 @@ constexpr auto kErrorDomain = "LomirRtfErrorDomain";
 // attack, and each open group costs a saved formatting state.
 constexpr int kMaxGroupDepth = 512;
 
-// Numeric parameters are clamped to this magnitude, so that sums of two of them (a left
-// indent plus a first-line offset) still fit comfortably.
-constexpr qint64 kParameterLimit = 1'000'000'000;
+// Numeric parameters are clamped to kRtfParameterLimit, so that the sum of two of them (a
+// left indent plus a first-line offset) still fits in an int.
+static_assert(2LL * kRtfParameterLimit <= std::numeric_limits<int>::max());
 
 // Font sizes: \fsN in half points (RTF's 16-bit range) and Cocoa's \fsmilliN in
 // thousandths of a point.
@@ -167,7 +168,8 @@ private:
         if (m_position < m_data.size() && isDigit(m_data[m_position])) {
             qint64 value = 0;
             while (m_position < m_data.size() && isDigit(m_data[m_position])) {
-                value = std::min(value * 10 + (m_data[m_position] - '0'), kParameterLimit);
+                value =
+                    std::min<qint64>(value * 10 + (m_data[m_position] - '0'), kRtfParameterLimit);
                 ++m_position;
             }
             token.hasParameter = true;

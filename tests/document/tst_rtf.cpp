@@ -122,6 +122,8 @@ private Q_SLOTS:
     void writesSizesColoursAndStyles();
     void writesEscapesAsSevenBitAscii();
     void writesParagraphStyles();
+    void writesIndentsWithinTheReadersRange_data();
+    void writesIndentsWithinTheReadersRange();
 
     void roundTripIsLossless_data();
     void roundTripIsLossless();
@@ -143,6 +145,8 @@ private Q_SLOTS:
     void skipsDestinationsThatShowNothing();
     void characterFormatting();
     void paragraphFormatting();
+    void indentsAtTheLimitsRoundTrip_data();
+    void indentsAtTheLimitsRoundTrip();
     void colourTables();
 
     void hostileInputs_data();
@@ -676,6 +680,42 @@ void RtfTest::writesParagraphStyles()
              rtf.constData());
 }
 
+void RtfTest::writesIndentsWithinTheReadersRange_data()
+{
+    QTest::addColumn<double>("headIndent");
+    QTest::addColumn<double>("firstLineHeadIndent");
+    QTest::addColumn<QByteArray>("words");
+
+    QTest::newRow("hanging indent") << 36.0 << 18.0 << QByteArray("\\li720\\fi-360");
+    QTest::newRow("hanging indent on the most negative left indent")
+        << -50'000'000.0 << -1'000'000'003 / 20.0 << QByteArray("\\li-1000000000\\fi-3");
+    // Lengths beyond what RTF holds: the left indent is cut to the limit, and the first
+    // line keeps its place relative to it.
+    QTest::newRow("left indent beyond the limit")
+        << 1e12 << 1e12 + 1 << QByteArray("\\li1000000000\\fi20");
+    QTest::newRow("first line beyond the limit")
+        << 0.0 << 1e12 << QByteArray("\\li0\\fi1000000000");
+    QTest::newRow("both beyond the limit, apart")
+        << -1e12 << 1e12 << QByteArray("\\li-1000000000\\fi1000000000");
+}
+
+void RtfTest::writesIndentsWithinTheReadersRange()
+{
+    QFETCH(double, headIndent);
+    QFETCH(double, firstLineHeadIndent);
+    QFETCH(QByteArray, words);
+
+    ParagraphStyle style;
+    style.headIndent = headIndent;
+    style.firstLineHeadIndent = firstLineHeadIndent;
+    TextAttributes attributes = withFont(face("Helvetica", 12));
+    attributes.paragraph = style;
+    const QByteArray rtf = writeRtf(RichText(u"x"_s, attributes));
+    QVERIFY2(rtf.contains(words + "\\pardirnatural"), rtf.constData());
+    // What was written reads back to a style that writes the same words again.
+    QCOMPARE(writeRtf(readOrFail(rtf)), rtf);
+}
+
 // ---------------------------------------------------------------------------------------
 // Round trips
 
@@ -1190,6 +1230,48 @@ void RtfTest::paragraphFormatting()
     // An exact line height has no place in the label's paragraph style.
     QCOMPARE(find(text, u"exact"_s).attributes.paragraph->lineHeightMultiple, 0.0);
     QCOMPARE(find(text, u"negative"_s).attributes.paragraph, std::nullopt);
+}
+
+void RtfTest::indentsAtTheLimitsRoundTrip_data()
+{
+    QTest::addColumn<QByteArray>("rtf");
+    QTest::addColumn<double>("headIndent");
+    QTest::addColumn<double>("firstLineHeadIndent");
+    QTest::addColumn<QByteArray>("words");
+
+    QTest::newRow("hanging indent on the most negative left indent")
+        << QByteArray(R"({\rtf1\pard\li-1000000000\fi-3 x})") << -50'000'000.0
+        << -1'000'000'003 / 20.0 << QByteArray("\\li-1000000000\\fi-3");
+    QTest::newRow("numbers beyond the limit read as the limit")
+        << QByteArray(R"({\rtf1\pard\li-99999999999\fi-3 x})") << -50'000'000.0
+        << -1'000'000'003 / 20.0 << QByteArray("\\li-1000000000\\fi-3");
+    QTest::newRow("both at the positive limit")
+        << QByteArray(R"({\rtf1\pard\li1000000000\fi1000000000 x})") << 50'000'000.0
+        << 100'000'000.0 << QByteArray("\\li1000000000\\fi1000000000");
+    QTest::newRow("both at the negative limit")
+        << QByteArray(R"({\rtf1\pard\fi-1000000000\li-1000000000 x})") << -50'000'000.0
+        << -100'000'000.0 << QByteArray("\\li-1000000000\\fi-1000000000");
+    QTest::newRow("opposite limits")
+        << QByteArray(R"({\rtf1\pard\li1000000000\fi-1000000000 x})") << 50'000'000.0 << 0.0
+        << QByteArray("\\li1000000000\\fi-1000000000");
+}
+
+void RtfTest::indentsAtTheLimitsRoundTrip()
+{
+    QFETCH(QByteArray, rtf);
+    QFETCH(double, headIndent);
+    QFETCH(double, firstLineHeadIndent);
+    QFETCH(QByteArray, words);
+
+    const RichText read = readOrFail(rtf);
+    const std::optional<ParagraphStyle> style = read.attributesAt(0).paragraph;
+    QVERIFY(style.has_value());
+    QCOMPARE(style->headIndent, headIndent);
+    QCOMPARE(style->firstLineHeadIndent, firstLineHeadIndent);
+
+    const QByteArray written = writeRtf(read);
+    QVERIFY2(written.contains(words + "\\pardirnatural"), written.constData());
+    QVERIFY(readOrFail(written) == read);
 }
 
 void RtfTest::colourTables()
