@@ -106,6 +106,8 @@ const iconv_t kNoConverter = reinterpret_cast<iconv_t>(-1);
 int codePageForCharset(int charset)
 {
     switch (charset) {
+    case 0:
+        return kCodePageWindowsLatin1; // ANSI
     case 77:
         return kCodePageMacRoman;
     case 78:

@@ -15,8 +15,10 @@ inline constexpr int kCodePageMacRoman = 10000;
 inline constexpr int kCodePageDosLatinUs = 437;
 inline constexpr int kCodePageDosLatin1 = 850;
 
-// The code page of a font's \fcharsetN, or 0 when the font uses the document's own
-// (ANSI and "default" fonts, and character sets without a code page of their own).
+// The code page of a font's \fcharsetN, or 0 when the font uses the document's own (the
+// "default" set 1, and sets without a code page of their own, such as Symbol). ANSI, set
+// 0, is Windows-1252 whatever the document declares: a Japanese document's Latin fonts
+// still write their quotes and accents as Windows-1252 bytes.
 int codePageForCharset(int charset);
 
 // Whether the code page writes some characters as a lead byte and a trail byte, and

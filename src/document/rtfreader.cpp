@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <map>
 #include <string>
 #include <string_view>
@@ -23,9 +24,9 @@ constexpr auto kErrorDomain = "LomirRtfErrorDomain";
 // attack, and each open group costs a saved formatting state.
 constexpr int kMaxGroupDepth = 512;
 
-// Numeric parameters are clamped to this magnitude, so that sums of two of them (a left
-// indent plus a first-line offset) still fit comfortably.
-constexpr qint64 kParameterLimit = 1'000'000'000;
+// Numeric parameters are clamped to kRtfParameterLimit, so that the sum of two of them (a
+// left indent plus a first-line offset) still fits in an int.
+static_assert(2LL * kRtfParameterLimit <= std::numeric_limits<int>::max());
 
 // Font sizes: \fsN in half points (RTF's 16-bit range) and Cocoa's \fsmilliN in
 // thousandths of a point.
@@ -167,7 +168,8 @@ private:
         if (m_position < m_data.size() && isDigit(m_data[m_position])) {
             qint64 value = 0;
             while (m_position < m_data.size() && isDigit(m_data[m_position])) {
-                value = std::min(value * 10 + (m_data[m_position] - '0'), kParameterLimit);
+                value =
+                    std::min<qint64>(value * 10 + (m_data[m_position] - '0'), kRtfParameterLimit);
                 ++m_position;
             }
             token.hasParameter = true;
@@ -507,8 +509,8 @@ struct GroupState
 struct FontEntry
 {
     QString name;
-    int charset = 0;
-    int codePage = 0; // from \cpgN, which wins over the charset
+    std::optional<int> charset; // none declared: the document's code page
+    int codePage = 0;           // from \cpgN, which wins over the charset
 };
 
 struct ColorEntry
@@ -1137,7 +1139,8 @@ void RtfReader::handleFontTableWord(Word word, const Token& token)
         m_fontEntry = FontEntry{};
         break;
     case Word::FontCharset:
-        m_fontEntry.charset = token.parameter;
+        if (token.hasParameter)
+            m_fontEntry.charset = token.parameter;
         break;
     case Word::FontCodePage:
         m_fontEntry.codePage = token.parameter;
@@ -1281,6 +1284,9 @@ void RtfReader::handleTableDelimiter()
         finishExpandedColorEntry();
 }
 
+// The code page of the bytes being read: the current font's own (\cpgN, else the
+// \fcharsetN it declares), or the document's for a font that declares none or the
+// default set.
 int RtfReader::currentCodePage() const
 {
     int index = -1;
@@ -1298,7 +1304,7 @@ int RtfReader::currentCodePage() const
     if (entry != nullptr) {
         if (entry->codePage > 0)
             return entry->codePage;
-        const int codePage = rtf::codePageForCharset(entry->charset);
+        const int codePage = entry->charset ? rtf::codePageForCharset(*entry->charset) : 0;
         if (codePage != 0)
             return codePage;
     }

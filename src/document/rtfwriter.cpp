@@ -20,10 +20,9 @@ constexpr auto kDefaultTabStops =
     "\\tx560\\tx1120\\tx1680\\tx2240\\tx2800\\tx3360\\tx3920\\tx4480\\tx5040\\tx5600\\tx6160"
     "\\tx6720";
 
-// The sizes and lengths the reader accepts, so that what is written reads back.
+// The sizes the reader accepts, so that what is written reads back.
 constexpr double kMinPointSize = 0.001;
 constexpr double kMaxPointSize = 16383.5;
-constexpr qint64 kMaxTwips = 1'000'000'000;
 
 constexpr char16_t kParagraphSeparator = 0x2029;
 
@@ -76,12 +75,26 @@ double writtenPointSize(const std::optional<FontSpec>& font)
     return std::clamp(size, kMinPointSize, kMaxPointSize);
 }
 
-qint64 twips(double points)
+// A number as it is written: within the range the reader keeps. Every number is fitted
+// once, as the last step, so that a difference of two lengths is taken before either is
+// cut.
+qint64 rtfNumber(qint64 value)
+{
+    return std::clamp<qint64>(value, -kRtfParameterLimit, kRtfParameterLimit);
+}
+
+// A length in whole twips, before it is fitted into RTF's range; only the span of a
+// double's exact integers bounds it here.
+qint64 wholeTwips(double points)
 {
     if (!std::isfinite(points))
         return 0;
-    return std::clamp<qint64>(std::llround(std::clamp(points * 20.0, -1e12, 1e12)), -kMaxTwips,
-                              kMaxTwips);
+    return std::llround(std::clamp(points * 20.0, -1e15, 1e15));
+}
+
+qint64 twips(double points)
+{
+    return rtfNumber(wholeTwips(points));
 }
 
 // The RTF family class of a font, as AppKit chooses it for the faces it knows; anything
@@ -273,12 +286,13 @@ void RtfWriter::writeParagraphStyle(const ParagraphStyle& style)
 {
     m_out += "\\pard";
     m_out += kDefaultTabStops;
+    // \fi is the first line's offset from \li: a left indent cut to RTF's range keeps
+    // its first line where it was relative to it.
     const qint64 head = twips(style.headIndent);
-    const qint64 firstLine = twips(style.firstLineHeadIndent);
-    if (head != 0 || firstLine != 0) {
-        m_out += "\\li" + QByteArray::number(head) + "\\fi" +
-                 QByteArray::number(std::clamp(firstLine - head, -kMaxTwips, kMaxTwips));
-    }
+    const qint64 firstLineOffset =
+        rtfNumber(wholeTwips(style.firstLineHeadIndent) - wholeTwips(style.headIndent));
+    if (head != 0 || firstLineOffset != 0)
+        m_out += "\\li" + QByteArray::number(head) + "\\fi" + QByteArray::number(firstLineOffset);
     // Only a tail indent measured from the trailing margin (zero or negative) is a right
     // indent RTF can write.
     if (const qint64 right = -twips(style.tailIndent); right > 0)
@@ -288,8 +302,8 @@ void RtfWriter::writeParagraphStyle(const ParagraphStyle& style)
     if (const qint64 after = twips(style.paragraphSpacing); after != 0)
         m_out += "\\sa" + QByteArray::number(after);
     if (std::isfinite(style.lineHeightMultiple) && style.lineHeightMultiple > 0) {
-        const qint64 multiple = std::clamp<qint64>(
-            std::llround(std::min(style.lineHeightMultiple * 240.0, 1e12)), 0, kMaxTwips);
+        const qint64 multiple =
+            rtfNumber(std::llround(std::min(style.lineHeightMultiple * 240.0, 1e15)));
         if (multiple > 0)
             m_out += "\\sl" + QByteArray::number(multiple) + "\\slmult1";
     }

@@ -122,6 +122,8 @@ private Q_SLOTS:
     void writesSizesColoursAndStyles();
     void writesEscapesAsSevenBitAscii();
     void writesParagraphStyles();
+    void writesIndentsWithinTheReadersRange_data();
+    void writesIndentsWithinTheReadersRange();
 
     void roundTripIsLossless_data();
     void roundTripIsLossless();
@@ -133,6 +135,8 @@ private Q_SLOTS:
 
     void codePages_data();
     void codePages();
+    void fontCharsetDecidesHexBytes_data();
+    void fontCharsetDecidesHexBytes();
     void unicodeEscapesAndSkipCounts_data();
     void unicodeEscapesAndSkipCounts();
     void specialCharactersAndBreaks_data();
@@ -141,6 +145,8 @@ private Q_SLOTS:
     void skipsDestinationsThatShowNothing();
     void characterFormatting();
     void paragraphFormatting();
+    void indentsAtTheLimitsRoundTrip_data();
+    void indentsAtTheLimitsRoundTrip();
     void colourTables();
 
     void hostileInputs_data();
@@ -674,6 +680,39 @@ void RtfTest::writesParagraphStyles()
              rtf.constData());
 }
 
+void RtfTest::writesIndentsWithinTheReadersRange_data()
+{
+    QTest::addColumn<double>("headIndent");
+    QTest::addColumn<double>("firstLineHeadIndent");
+    QTest::addColumn<QByteArray>("words");
+
+    // Lengths beyond what RTF holds: the left indent is cut to the limit, and the first
+    // line keeps its place relative to it.
+    QTest::newRow("left indent beyond the limit")
+        << 1e12 << 1e12 + 1 << QByteArray("\\li1000000000\\fi20");
+    QTest::newRow("first line beyond the limit")
+        << 0.0 << 1e12 << QByteArray("\\li0\\fi1000000000");
+    QTest::newRow("both beyond the limit, apart")
+        << -1e12 << 1e12 << QByteArray("\\li-1000000000\\fi1000000000");
+}
+
+void RtfTest::writesIndentsWithinTheReadersRange()
+{
+    QFETCH(double, headIndent);
+    QFETCH(double, firstLineHeadIndent);
+    QFETCH(QByteArray, words);
+
+    ParagraphStyle style;
+    style.headIndent = headIndent;
+    style.firstLineHeadIndent = firstLineHeadIndent;
+    TextAttributes attributes = withFont(face("Helvetica", 12));
+    attributes.paragraph = style;
+    const QByteArray rtf = writeRtf(RichText(u"x"_s, attributes));
+    QVERIFY2(rtf.contains(words + "\\pardirnatural"), rtf.constData());
+    // What was written reads back to a style that writes the same words again.
+    QCOMPARE(writeRtf(readOrFail(rtf)), rtf);
+}
+
 // ---------------------------------------------------------------------------------------
 // Round trips
 
@@ -916,6 +955,9 @@ void RtfTest::codePages_data()
     QTest::newRow("GBK font")
         << QByteArray(R"({\rtf1{\fonttbl\f0\fcharset134 SimSun;}\f0 \'d6\'d0\'ce\'c4})")
         << u"\u4E2D\u6587"_s;
+    QTest::newRow("font charset without a number")
+        << QByteArray(R"({\rtf1\ansi\ansicpg932{\fonttbl\f0\fcharset X;}\f0 \'83A})")
+        << u"\u30A2"_s;
     QTest::newRow("raw 8-bit text") << QByteArray("{\\rtf1\\ansi caf\xe9}") << u"caf\u00E9"_s;
     QTest::newRow("unknown code page reads as Windows-1252")
         << QByteArray(R"({\rtf1\ansi\ansicpg99999 \'e9})") << u"\u00E9"_s;
@@ -926,6 +968,84 @@ void RtfTest::codePages()
     QFETCH(QByteArray, rtf);
     QFETCH(QString, expected);
     QCOMPARE(readOrFail(rtf).string(), expected);
+}
+
+void RtfTest::fontCharsetDecidesHexBytes_data()
+{
+    QTest::addColumn<QByteArray>("rtf");
+    QTest::addColumn<QString>("expected");
+
+    // A document in an East Asian code page, its fonts' charset for that code page, and
+    // three of its characters as bytes: the last one's trail byte is a plain ASCII
+    // character after a \'hh lead byte, as writers leave it.
+    struct EastAsian
+    {
+        const char* name;
+        const char* codePage;
+        const char* charset;
+        const char* font;
+        const char* bytes;
+        QString text;
+    };
+    const EastAsian documents[] = {
+        {"Japanese", "932", "128", "MS-Mincho", R"(\'8a\'bf\'8e\'9a\'83A)",
+         u"\u6F22\u5B57\u30A2"_s},
+        {"Simplified Chinese", "936", "134", "SimSun", R"(\'d6\'d0\'ce\'c4\'81@)",
+         u"\u4E2D\u6587\u4E02"_s},
+        {"Korean", "949", "129", "Batang", R"(\'c7\'d1\'b1\'b9\'81A)", u"\uD55C\uAD6D\uAC02"_s},
+        {"Traditional Chinese", "950", "136", "MingLiU", R"(\'a4\'a4\'a4\'e5\'a4A)",
+         u"\u4E2D\u6587\u4E59"_s},
+    };
+    for (const EastAsian& document : documents) {
+        const QByteArray header = QByteArray(R"({\rtf1\ansi\ansicpg)") + document.codePage;
+        // Windows-1252 quotes whose bytes are lead bytes in the document's code page, with
+        // a letter after each that would be taken for a trail byte.
+        QTest::addRow("%s: a Latin font alone", document.name)
+            << header + R"({\fonttbl\f0\fnil\fcharset0 Menlo;}\f0 \'93AS IS\'94, X})"
+            << u"\u201CAS IS\u201D, X"_s;
+        // Latin and CJK fonts in one file; fonts that declare no charset, or the default
+        // one, take the document's code page.
+        QTest::addRow("%s: Latin, CJK, no charset and default charset", document.name)
+            << header + R"({\fonttbl\f0\fnil\fcharset0 Menlo;\f1\fnil\fcharset)" +
+                   document.charset + ' ' + document.font +
+                   R"(;\f2\fnil Undeclared;\f3\fnil\fcharset1 Default;})"
+                   R"(\f0 \'93AS IS\'94, caf\'e9 \f1 )" +
+                   document.bytes + R"( \f2 )" + document.bytes + R"( \f3 )" + document.bytes +
+                   R"( \f0 \'85\'80})"
+            << u"\u201CAS IS\u201D, caf\u00E9 "_s + document.text + u' ' + document.text + u' ' +
+                   document.text + u" \u2026\u20AC"_s;
+        // Word braces its entries and names a default font, which text before any \f uses.
+        QTest::addRow("%s: braced entries and a Latin default font", document.name)
+            << header +
+                   R"(\deff0{\fonttbl{\f0\froman\fcharset0 Times New Roman;})"
+                   R"({\f1\fnil\fcharset)" +
+                   document.charset + ' ' + document.font + R"(;}}\'93A\'94 {\f1 )" +
+                   document.bytes + R"(} \'96})"
+            << u"\u201CA\u201D "_s + document.text + u" \u2013"_s;
+    }
+}
+
+void RtfTest::fontCharsetDecidesHexBytes()
+{
+    QFETCH(QByteArray, rtf);
+    QFETCH(QString, expected);
+    const RichText read = readOrFail(rtf);
+    QCOMPARE(read.string(), expected);
+
+    // The writer declares Windows-1252 for the document and every font: Latin text goes
+    // out as its bytes, everything else as \uN, and reads back the same.
+    const QByteArray written = writeRtf(read);
+    QVERIFY(isSevenBitAscii(written));
+    QVERIFY(written.startsWith("{\\rtf1\\ansi\\ansicpg1252\\"));
+    QCOMPARE(written.count("\\fcharset"), written.count("\\fcharset0 "));
+    if (expected.startsWith(u"\u201CAS IS\u201D"_s))
+        QVERIFY2(written.contains("\\'93AS IS\\'94, "), written.constData());
+    for (const QChar c : expected) {
+        if (c.unicode() >= 0x3000)
+            QVERIFY2(written.contains("\\u" + QByteArray::number(c.unicode()) + ' '),
+                     written.constData());
+    }
+    QVERIFY(readOrFail(written) == read);
 }
 
 void RtfTest::unicodeEscapesAndSkipCounts_data()
@@ -1107,6 +1227,48 @@ void RtfTest::paragraphFormatting()
     // An exact line height has no place in the label's paragraph style.
     QCOMPARE(find(text, u"exact"_s).attributes.paragraph->lineHeightMultiple, 0.0);
     QCOMPARE(find(text, u"negative"_s).attributes.paragraph, std::nullopt);
+}
+
+void RtfTest::indentsAtTheLimitsRoundTrip_data()
+{
+    QTest::addColumn<QByteArray>("rtf");
+    QTest::addColumn<double>("headIndent");
+    QTest::addColumn<double>("firstLineHeadIndent");
+    QTest::addColumn<QByteArray>("words");
+
+    QTest::newRow("hanging indent on the most negative left indent")
+        << QByteArray(R"({\rtf1\pard\li-1000000000\fi-3 x})") << -50'000'000.0
+        << -1'000'000'003 / 20.0 << QByteArray("\\li-1000000000\\fi-3");
+    QTest::newRow("numbers beyond the limit read as the limit")
+        << QByteArray(R"({\rtf1\pard\li-99999999999\fi-3 x})") << -50'000'000.0
+        << -1'000'000'003 / 20.0 << QByteArray("\\li-1000000000\\fi-3");
+    QTest::newRow("both at the positive limit")
+        << QByteArray(R"({\rtf1\pard\li1000000000\fi1000000000 x})") << 50'000'000.0
+        << 100'000'000.0 << QByteArray("\\li1000000000\\fi1000000000");
+    QTest::newRow("both at the negative limit")
+        << QByteArray(R"({\rtf1\pard\fi-1000000000\li-1000000000 x})") << -50'000'000.0
+        << -100'000'000.0 << QByteArray("\\li-1000000000\\fi-1000000000");
+    QTest::newRow("opposite limits")
+        << QByteArray(R"({\rtf1\pard\li1000000000\fi-1000000000 x})") << 50'000'000.0 << 0.0
+        << QByteArray("\\li1000000000\\fi-1000000000");
+}
+
+void RtfTest::indentsAtTheLimitsRoundTrip()
+{
+    QFETCH(QByteArray, rtf);
+    QFETCH(double, headIndent);
+    QFETCH(double, firstLineHeadIndent);
+    QFETCH(QByteArray, words);
+
+    const RichText read = readOrFail(rtf);
+    const std::optional<ParagraphStyle> style = read.attributesAt(0).paragraph;
+    QVERIFY(style.has_value());
+    QCOMPARE(style->headIndent, headIndent);
+    QCOMPARE(style->firstLineHeadIndent, firstLineHeadIndent);
+
+    const QByteArray written = writeRtf(read);
+    QVERIFY2(written.contains(words + "\\pardirnatural"), written.constData());
+    QVERIFY(readOrFail(written) == read);
 }
 
 void RtfTest::colourTables()
