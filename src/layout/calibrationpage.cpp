@@ -2,6 +2,7 @@
 
 #include "document/richtext.h"
 #include "layout/labeltextlayout.h"
+#include "layout/printjob.h"
 
 #include <QPainter>
 #include <QTextBlock>
@@ -13,7 +14,6 @@ namespace lomir {
 
 namespace {
 
-constexpr double kPointsPerMillimetre = 72.0 / 25.4;
 constexpr int kCornerInsetMillimetres = 10;
 constexpr double kCrosshairArmMillimetres = 5.0;
 constexpr double kCrosshairCircleMillimetres = 2.0;

@@ -12,7 +12,6 @@ namespace lomir {
 namespace {
 
 constexpr double kPointsPerInch = 72.0;
-constexpr double kMillimetresPerInch = 25.4;
 
 } // namespace
 
@@ -20,7 +19,7 @@ double pointsPerUnit(QPageLayout::Unit unit)
 {
     switch (unit) {
     case QPageLayout::Millimeter:
-        return kPointsPerInch / kMillimetresPerInch;
+        return kPointsPerMillimetre;
     case QPageLayout::Point:
         return 1.0;
     case QPageLayout::Inch:
@@ -67,12 +66,11 @@ QPageLayout fullPaperLayout(const QSizeF& paper)
 
 QTransform calibrationTransform(const PrinterCalibration& calibration)
 {
-    const double pointsPerMillimetre = pointsPerUnit(QPageLayout::Millimeter);
     const double scale = calibration.scalePercent / 100.0;
     // Scale first, then move: x' = offset + scale * x.
     return QTransform(scale, 0.0, 0.0, scale,
-                      calibration.horizontalOffsetMillimetres * pointsPerMillimetre,
-                      calibration.verticalOffsetMillimetres * pointsPerMillimetre);
+                      calibration.horizontalOffsetMillimetres * kPointsPerMillimetre,
+                      calibration.verticalOffsetMillimetres * kPointsPerMillimetre);
 }
 
 QTransform paperToDevice(const QPaintDevice& device, const PrinterCalibration& calibration)

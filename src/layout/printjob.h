@@ -16,6 +16,9 @@ namespace lomir {
 
 class TilingTextView;
 
+// A point is 1/72 inch; paper and printer offsets are measured in millimetres.
+inline constexpr double kPointsPerMillimetre = 72.0 / 25.4;
+
 // Points in one unit of Qt's page sizes and layouts.
 double pointsPerUnit(QPageLayout::Unit unit);
 

@@ -30,7 +30,8 @@ namespace {
 
 // Text must land this close to where the geometry puts it, in points.
 constexpr double kPlacementTolerance = 0.005;
-constexpr double kPointsPerMillimetre = 72.0 / 25.4;
+// Written out here rather than taken from the code under test.
+constexpr double kPointsInAMillimetre = 72.0 / 25.4;
 
 const QSizeF kLabel(100.0, 50.0);
 
@@ -285,7 +286,7 @@ private Q_SLOTS:
         QTest::addColumn<QSizeF>("paper");
         QTest::addColumn<QMarginsF>("margins");
 
-        const double mm = kPointsPerMillimetre;
+        const double mm = kPointsInAMillimetre;
         QTest::newRow("A4 in millimetres")
             << QPageLayout(QPageSize(QPageSize::A4), QPageLayout::Portrait,
                            QMarginsF(10.0, 12.5, 10.0, 12.5), QPageLayout::Millimeter)
@@ -351,7 +352,7 @@ private Q_SLOTS:
         QTest::addColumn<QPointF>("point");
         QTest::addColumn<QPointF>("mapped");
 
-        const double mm = kPointsPerMillimetre;
+        const double mm = kPointsInAMillimetre;
         QTest::newRow("none") << 0.0 << 0.0 << 100.0 << QPointF(36.0, 500.0)
                               << QPointF(36.0, 500.0);
         QTest::newRow("1 mm right")
@@ -406,7 +407,7 @@ private Q_SLOTS:
         const QPageLayout roll(
             QPageSize(QSizeF(62.0, 29.0), QPageSize::Millimeter, QString(), QPageSize::ExactMatch),
             QPageLayout::Portrait, QMarginsF(), QPageLayout::Millimeter);
-        const QSizeF rollLabel(62.0 * kPointsPerMillimetre, 29.0 * kPointsPerMillimetre);
+        const QSizeF rollLabel(62.0 * kPointsInAMillimetre, 29.0 * kPointsInAMillimetre);
 
         QTest::newRow("Letter, half-inch margins, 100 from 1: 70 and 30")
             << letterWithHalfInchMargins() << kLabel << 0.0 << qint64(100) << qint64(1) << 2;
@@ -480,7 +481,7 @@ private Q_SLOTS:
         // Every copy scaled to 98% about the paper's corner, then 1.5 mm right and 0.8 mm
         // up, written out here.
         QTransform expected;
-        expected.translate(1.5 * kPointsPerMillimetre, -0.8 * kPointsPerMillimetre);
+        expected.translate(1.5 * kPointsInAMillimetre, -0.8 * kPointsInAMillimetre);
         expected.scale(0.98, 0.98);
         const auto view = makeTilingTextView(plan);
         const double error =
@@ -596,7 +597,7 @@ private Q_SLOTS:
         QTest::addColumn<int>("lastHorizontalTick");
         QTest::addColumn<int>("lastVerticalTick");
 
-        const double mm = kPointsPerMillimetre;
+        const double mm = kPointsInAMillimetre;
         QTest::newRow("A4") << QSizeF(210.0 * mm, 297.0 * mm) << 10 << 10 << 105 << 148 << 200
                             << 287;
         // 215.9 x 279.4 mm: the right crosshair at 205.9 mm, the last whole tick before it.
@@ -615,7 +616,7 @@ private Q_SLOTS:
         QFETCH(int, lastHorizontalTick);
         QFETCH(int, lastVerticalTick);
 
-        const double mm = kPointsPerMillimetre;
+        const double mm = kPointsInAMillimetre;
         const CalibrationMarks marks = lomir::calibrationMarks(paper);
         QCOMPARE(marks.insetX, insetX * mm);
         QCOMPARE(marks.insetY, insetY * mm);
@@ -714,7 +715,7 @@ private Q_SLOTS:
         QCOMPARE(pdfInfo(pdf).pages, 1);
         const std::vector<PdfWord> words = pdfWords(pdf);
         const CalibrationMarks marks = lomir::calibrationMarks(paper);
-        const double mm = kPointsPerMillimetre;
+        const double mm = kPointsInAMillimetre;
 
         // The top ruler's numbers are centred on their ticks, hung 1 point below the long
         // ticks; the left ruler's stand 1 point right of theirs, centred on them.
