@@ -1,10 +1,13 @@
-// Prints sheets of numbered labels to a PDF the way a print job does, and reports how
-// fast and in how much memory. The last line on stdout is the result:
+// Prints sheets of numbered labels to a PDF through the print job's own path (a plan, its
+// tiling view, the page loop), and reports how fast and in how much memory. The last line
+// on stdout is the result:
 //   labels=N pages=P seconds=T labels_per_s=R peak_rss_mb=M
 
 #include "document/richtext.h"
 #include "layout/labeltextlayout.h"
 #include "layout/measurement.h"
+#include "layout/printjob.h"
+#include "layout/printplan.h"
 #include "layout/serialnumber.h"
 #include "layout/sheetgeometry.h"
 #include "layout/tilingtextview.h"
@@ -12,8 +15,6 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QGuiApplication>
-#include <QPageLayout>
-#include <QPageSize>
 #include <QPainter>
 #include <QPdfWriter>
 #include <QStringList>
@@ -27,7 +28,7 @@ using namespace lomir;
 namespace {
 
 constexpr int kUsageExit = 2;
-constexpr int kDoesNotFitExit = 1;
+constexpr int kFailureExit = 1; // the label does not fit, or the PDF cannot be written
 
 struct Options
 {
@@ -256,14 +257,15 @@ int main(int argc, char* argv[])
         label = QSizeF(widestLineWidth(text), textHeight(text));
     }
 
-    const QSizeF area = printableArea(options.paper, options.margins);
-    const CellSize cell = cellSize(label.width(), label.height(), options.spacing);
-    if (!cellFits(cell, area)) {
+    const PrintPlan plan = planForLabel(options.paper, options.margins, label, options.spacing,
+                                        options.quantity, options.serialStart, text);
+    if (!planFits(plan)) {
+        const QSizeF area = printableSize(plan);
         std::fprintf(stderr,
                      "tiling-bench: a label of %.2f x %.2f points does not fit the printable "
                      "area of %.2f x %.2f points; choose a smaller label or larger paper.\n",
-                     cell.width, cell.height, area.width(), area.height());
-        return kDoesNotFitExit;
+                     plan.cell.width, plan.cell.height, area.width(), area.height());
+        return kFailureExit;
     }
 
     QTemporaryFile temporary(QDir::tempPath() + QStringLiteral("/tiling-bench-XXXXXX.pdf"));
@@ -271,14 +273,13 @@ int main(int argc, char* argv[])
     if (output.isEmpty()) {
         if (!temporary.open()) {
             std::fputs("tiling-bench: cannot make a temporary file\n", stderr);
-            return kDoesNotFitExit;
+            return kFailureExit;
         }
         output = temporary.fileName();
     }
     QPdfWriter writer(output);
-    writer.setPageSize(QPageSize(options.paper, QPageSize::Point));
-    if (!writer.setPageMargins(options.margins, QPageLayout::Point)) {
-        std::fputs("tiling-bench: the margins do not fit the paper\n", stderr);
+    if (!writer.setPageLayout(fullPaperLayout(options.paper))) {
+        std::fputs("tiling-bench: the paper size cannot be used\n", stderr);
         return kUsageExit;
     }
 
@@ -286,48 +287,32 @@ int main(int argc, char* argv[])
     timer.start();
     const double processorStart = processorSeconds();
 
-    // The print job's view, set up in the print job's order.
-    const SheetGrid grid = sheetGrid(options.quantity, cell, area);
-    TilingTextView view(grid.frame);
-    view.setText(text);
-    view.setQuantity(options.quantity);
-    view.setSerialStartFrom(options.serialStart);
-    view.setSerialDigitCount(digits);
-    view.setCellWidth(cell.width);
-    view.setCellHeight(cell.height);
-    view.setPageWidth(area.width());
-    view.setPageHeight(area.height());
-    view.setNumberOfColumns(grid.numberOfColumns);
-    view.setNumberOfRows(grid.numberOfRows);
-    view.setNumberOfRowsOnAPage(grid.numberOfRowsOnAPage);
-    view.setNumberOfPages(grid.numberOfPages);
-    view.setSerialStringRange(locateSerialRun(text.string(), digits));
-    view.setSpacing(options.spacing);
-    if (!view.serialStringRange())
+    const std::unique_ptr<TilingTextView> view = makeTilingTextView(plan);
+    if (!view->serialStringRange())
         std::fputs("tiling-bench: the text has no placeholder run of the needed length; "
                    "copies are not numbered\n",
                    stderr);
 
-    QPainter painter(&writer);
-    const double pointsToDevice = writer.resolution() / 72.0;
-    const qint64 pages = grid.numberOfPages;
-    const qint64 progressStep = std::max<qint64>(1, pages / 20);
-    for (qint64 page = 0; page < pages; ++page) {
-        if (page > 0)
-            writer.newPage();
-        // The painter's origin is the printable area's top-left corner; the view is the
-        // pages stacked downwards, so each page's rectangle is moved up onto the paper.
-        const QRectF rect(0.0, double(page) * area.height(), area.width(), area.height());
-        painter.save();
-        painter.scale(pointsToDevice, pointsToDevice);
-        painter.translate(0.0, -rect.top());
-        view.drawRect(painter, rect);
-        painter.restore();
-        if ((page + 1) % progressStep == 0 || page + 1 == pages)
-            std::fprintf(stderr, "page %lld of %lld\n", static_cast<long long>(page + 1),
-                         static_cast<long long>(pages));
+    QPainter painter;
+    if (!painter.begin(&writer)) {
+        std::fprintf(stderr, "tiling-bench: cannot write %s\n", qPrintable(output));
+        return kFailureExit;
     }
+    const qint64 pages = *view->numberOfPages();
+    const qint64 progressStep = std::max<qint64>(1, pages / 20);
+    PagePainting painting;
+    painting.progress = [&](qint64 painted, qint64 count) {
+        if (painted % progressStep == 0 || painted == count)
+            std::fprintf(stderr, "page %lld of %lld\n", static_cast<long long>(painted),
+                         static_cast<long long>(count));
+        return true;
+    };
+    const PaintOutcome outcome = paintPages(painter, writer, *view, plan.margins, painting);
     painter.end();
+    if (outcome != PaintOutcome::Finished) {
+        std::fprintf(stderr, "tiling-bench: the PDF writer stopped taking pages\n");
+        return kFailureExit;
+    }
 
     const double seconds = double(timer.nsecsElapsed()) / 1.0e9;
     const double processor = processorSeconds() - processorStart;

@@ -37,8 +37,14 @@ CellSize cellSize(double labelWidth, double labelHeight, double spacing)
 
 QSizeF printableArea(const QSizeF& paper, const QMarginsF& margins)
 {
-    return {paper.width() - (margins.left() + margins.right()),
-            paper.height() - (margins.bottom() + margins.top())};
+    // Rounded up at the same place as the cells: paper and label sizes given in
+    // millimetres carry the same conversion noise, and a label the paper's size must still
+    // fit it after its cell was rounded up (62 mm is 175.7480314960... points, its cell
+    // 175.748032).
+    return {roundToPlaces(kCellSizePlaces, RoundingRule::Up,
+                          paper.width() - (margins.left() + margins.right())),
+            roundToPlaces(kCellSizePlaces, RoundingRule::Up,
+                          paper.height() - (margins.bottom() + margins.top()))};
 }
 
 bool cellFits(const CellSize& cell, const QSizeF& area)

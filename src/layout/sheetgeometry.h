@@ -27,7 +27,7 @@ struct CellSize
 // noise (never shrinking the cell).
 CellSize cellSize(double labelWidth, double labelHeight, double spacing);
 
-// The paper's size less its margins.
+// The paper's size less its margins, rounded up at the sixth decimal as cells are.
 QSizeF printableArea(const QSizeF& paper, const QMarginsF& margins);
 
 // A cell fits when it is no wider and no taller than the printable area.

@@ -141,6 +141,14 @@ void TestSheetGeometry::printableArea_data()
     QTest::newRow("uneven margins")
         << QSizeF(600, 800) << QMarginsF(10, 20, 30, 40) << QSizeF(560, 740);
     QTest::newRow("no margins") << QSizeF(595.28, 841.89) << QMarginsF() << QSizeF(595.28, 841.89);
+    // A4 and a 62 x 29 mm label roll, converted from millimetres: rounded up at the sixth
+    // decimal, as cells are.
+    const double mm = 72.0 / 25.4;
+    QTest::newRow("A4 from millimetres, 10 mm margins")
+        << QSizeF(210.0 * mm, 297.0 * mm) << QMarginsF(10.0 * mm, 10.0 * mm, 10.0 * mm, 10.0 * mm)
+        << QSizeF(538.582678, 785.196851);
+    QTest::newRow("label roll from millimetres")
+        << QSizeF(62.0 * mm, 29.0 * mm) << QMarginsF() << QSizeF(175.748032, 82.204725);
 }
 
 void TestSheetGeometry::printableArea()

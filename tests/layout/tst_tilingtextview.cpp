@@ -1,6 +1,7 @@
 #include "layout/labelcopypainter.h"
 #include "layout/labeltextlayout.h"
 #include "layout/measurement.h"
+#include "layout/printplan.h"
 #include "layout/serialnumber.h"
 #include "layout/sheetgeometry.h"
 #include "layout/tilingtextview.h"
@@ -10,15 +11,8 @@
 #include <QFontDatabase>
 #include <QGuiApplication>
 #include <QImage>
-#include <QPageLayout>
-#include <QPageSize>
 #include <QPainter>
-#include <QPdfWriter>
-#include <QProcess>
 #include <QRawFont>
-#include <QRegularExpression>
-#include <QStandardPaths>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QTextBlock>
 #include <QtEndian>
@@ -34,7 +28,6 @@ namespace {
 // US Letter less half-inch margins: 5 columns and 14 rows of 100 x 50 point labels.
 const QSizeF kPaper(612.0, 792.0);
 const QMarginsF kMargins(36.0, 36.0, 36.0, 36.0);
-const QSizeF kArea(540.0, 720.0);
 const QSizeF kLabel(100.0, 50.0);
 
 QString placeholderRun(int units)
@@ -90,30 +83,14 @@ RichText richLabel()
     return text;
 }
 
-// A view set up the way the print job sets it up.
+// A view made as the print job makes it, from a plan for the paper and its margins.
 std::unique_ptr<TilingTextView> printView(const RichText& text, qint64 quantity, qint64 serialStart,
                                           const QSizeF& label = kLabel, double spacing = 0.0,
-                                          const QSizeF& area = kArea)
+                                          const QSizeF& paper = kPaper,
+                                          const QMarginsF& margins = kMargins)
 {
-    const CellSize cell = cellSize(label.width(), label.height(), spacing);
-    const SheetGrid grid = sheetGrid(quantity, cell, area);
-    const qint64 digits = serialDigitCount(quantity, serialStart);
-    auto view = std::make_unique<TilingTextView>(grid.frame);
-    view->setText(text);
-    view->setQuantity(quantity);
-    view->setSerialStartFrom(serialStart);
-    view->setSerialDigitCount(digits);
-    view->setCellWidth(cell.width);
-    view->setCellHeight(cell.height);
-    view->setPageWidth(area.width());
-    view->setPageHeight(area.height());
-    view->setNumberOfColumns(grid.numberOfColumns);
-    view->setNumberOfRows(grid.numberOfRows);
-    view->setNumberOfRowsOnAPage(grid.numberOfRowsOnAPage);
-    view->setNumberOfPages(grid.numberOfPages);
-    view->setSerialStringRange(locateSerialRun(text.string(), digits));
-    view->setSpacing(spacing);
-    return view;
+    return makeTilingTextView(
+        planForLabel(paper, margins, label, spacing, quantity, serialStart, text));
 }
 
 QRectF pageRect(const TilingTextView& view, qint64 page)
@@ -279,41 +256,6 @@ QString addProportionalDigitFont()
     return families.isEmpty() ? QString() : families.front();
 }
 
-struct PdfWord
-{
-    int page = 0;
-    QRectF box;
-    QString text;
-};
-
-// The words pdftotext finds, with their boxes in points from the top-left of the page.
-std::vector<PdfWord> pdfWords(const QString& pdf)
-{
-    QProcess pdftotext;
-    pdftotext.start(QStringLiteral("pdftotext"),
-                    {QStringLiteral("-bbox"), pdf, QStringLiteral("-")});
-    pdftotext.waitForFinished(60000);
-    const QString html = QString::fromUtf8(pdftotext.readAllStandardOutput());
-    // <page ...> starts a page; each <word xMin=".." yMin=".." xMax=".." yMax="..">
-    // holds one word.
-    static const QLatin1String pattern("<page |<word xMin=\"([\\d.]+)\" yMin=\"([\\d.]+)\" "
-                                       "xMax=\"([\\d.]+)\" yMax=\"([\\d.]+)\">([^<]*)</word>");
-    static const QRegularExpression element{QString(pattern)};
-    std::vector<PdfWord> words;
-    int page = 0;
-    for (auto it = element.globalMatch(html); it.hasNext();) {
-        const QRegularExpressionMatch match = it.next();
-        if (match.captured(0) == QStringLiteral("<page ")) {
-            ++page;
-            continue;
-        }
-        const QPointF topLeft(match.captured(1).toDouble(), match.captured(2).toDouble());
-        const QPointF bottomRight(match.captured(3).toDouble(), match.captured(4).toDouble());
-        words.push_back(PdfWord{page, QRectF(topLeft, bottomRight), match.captured(5)});
-    }
-    return words;
-}
-
 // Runs one of the cases that must stop the program, on a complete view with one property
 // taken away or spoilt. Called in a child process; returning means no stop happened.
 int runFatalCase(const char* name)
@@ -387,7 +329,6 @@ private Q_SLOTS:
     void overflowingTextIsClippedToItsCell();
     void spacedPageDrawsOnlyInsideCells();
     void copyPainterIsKeptFromPageToPage();
-    void pdfOfTwoPages();
     void measuredLabelDoesNotWrap_data();
     void measuredLabelDoesNotWrap();
     void veryLargeTypeIsDrawn();
@@ -849,89 +790,6 @@ void TestTilingTextView::copyPainterIsKeptFromPageToPage()
     QVERIFY(changed == renderStraightforward(*view, secondPage, 2.0));
 }
 
-void TestTilingTextView::pdfOfTwoPages()
-{
-    if (QStandardPaths::findExecutable(QStringLiteral("pdftotext")).isEmpty())
-        QSKIP("pdftotext (poppler-utils) is not installed; the PDF cannot be read back");
-
-    QTemporaryDir directory;
-    QVERIFY(directory.isValid());
-    const QString pdf = directory.filePath(QStringLiteral("labels.pdf"));
-    const auto view = printView(numberLabel(3), 100, 1);
-    {
-        QPdfWriter writer(pdf);
-        writer.setPageSize(QPageSize(kPaper, QPageSize::Point));
-        writer.setPageMargins(kMargins, QPageLayout::Point);
-        QPainter painter(&writer);
-        const double scale = writer.resolution() / 72.0;
-        for (qint64 page = 0; page < *view->numberOfPages(); ++page) {
-            if (page > 0)
-                writer.newPage();
-            painter.save();
-            painter.scale(scale, scale);
-            const QRectF rect = pageRect(*view, page);
-            painter.translate(0.0, -rect.top());
-            view->drawRect(painter, rect);
-            painter.restore();
-        }
-    }
-
-    const std::vector<PdfWord> words = pdfWords(pdf);
-    QVERIFY(!words.empty());
-    const int pages =
-        std::max_element(words.begin(), words.end(), [](const auto& a, const auto& b) {
-            return a.page < b.page;
-        })->page;
-    QCOMPARE(pages, 2);
-    if (!QStandardPaths::findExecutable(QStringLiteral("pdfinfo")).isEmpty()) {
-        QProcess pdfinfo;
-        pdfinfo.start(QStringLiteral("pdfinfo"), {pdf});
-        QVERIFY(pdfinfo.waitForFinished(60000));
-        QVERIFY(QString::fromUtf8(pdfinfo.readAllStandardOutput())
-                    .contains(QRegularExpression(QStringLiteral("Pages:\\s+2\\n"))));
-    }
-
-    // The serials of each page, in reading order: top to bottom, left to right.
-    auto serialsOf = [&](int page) {
-        std::vector<PdfWord> serials;
-        for (const PdfWord& word : words) {
-            if (word.page == page && word.text.size() == 3 && word.text[0].isDigit())
-                serials.push_back(word);
-        }
-        std::sort(serials.begin(), serials.end(), [](const PdfWord& a, const PdfWord& b) {
-            return std::make_pair(a.box.top(), a.box.left()) <
-                   std::make_pair(b.box.top(), b.box.left());
-        });
-        return serials;
-    };
-    const std::vector<PdfWord> first = serialsOf(1);
-    const std::vector<PdfWord> second = serialsOf(2);
-    QCOMPARE(first.size(), std::size_t(70));
-    QCOMPARE(second.size(), std::size_t(30));
-    QCOMPARE(first.front().text, QStringLiteral("001"));
-    QCOMPARE(second.front().text, QStringLiteral("071"));
-    QCOMPARE(second.back().text, QStringLiteral("100"));
-    for (std::size_t i = 0; i < second.size(); ++i)
-        QCOMPARE(second[i].text, QStringLiteral("%1").arg(71 + int(i), 3, 10, QLatin1Char('0')));
-
-    // Columns are one cell width apart.
-    for (std::size_t column = 1; column < 5; ++column) {
-        const double pitch = second[column].box.left() - second[column - 1].box.left();
-        QVERIFY2(std::abs(pitch - 100.0) <= 0.05, qPrintable(QString::number(pitch)));
-    }
-
-    // The first copy's words lie inside its cell, placed at the printable area's corner.
-    const QRectF firstCell(kMargins.left(), kMargins.top(), 100.0, 50.0);
-    int wordsInFirstCell = 0;
-    for (const PdfWord& word : words) {
-        if (word.page != 1 || !firstCell.intersects(word.box))
-            continue;
-        ++wordsInFirstCell;
-        QVERIFY2(firstCell.contains(word.box), qPrintable(word.text));
-    }
-    QCOMPARE(wordsInFirstCell, 2); // "No." and "001"
-}
-
 void TestTilingTextView::measuredLabelDoesNotWrap_data()
 {
     QTest::addColumn<RichText>("text");
@@ -990,8 +848,8 @@ void TestTilingTextView::veryLargeTypeIsDrawn()
     QVERIFY(layout.size().height() > 800.0);
 
     const QSizeF label(std::ceil(layout.size().width()) + 2.0, std::ceil(layout.size().height()));
-    const QSizeF area(1500.0, 1000.0);
-    const auto view = printView(text, 3, 5, label, 0.0, area);
+    const QSizeF paper(1500.0, 1000.0);
+    const auto view = printView(text, 3, 5, label, 0.0, paper, QMarginsF());
     QVERIFY(view->serialStringRange());
     const LabelCopyPainter painter(text, SerialNumbering{*view->serialStringRange(), 5, 1}, label);
     QVERIFY(painter.drawsFromSharedLayout());

@@ -1,0 +1,170 @@
+#include "layout/calibrationpage.h"
+
+#include "document/richtext.h"
+#include "layout/labeltextlayout.h"
+#include "layout/printjob.h"
+
+#include <QPainter>
+#include <QTextBlock>
+#include <QTextLayout>
+#include <algorithm>
+#include <cmath>
+
+namespace lomir {
+
+namespace {
+
+constexpr int kCornerInsetMillimetres = 10;
+constexpr double kCrosshairArmMillimetres = 5.0;
+constexpr double kCrosshairCircleMillimetres = 2.0;
+// Ticks: every millimetre short, every fifth longer, every tenth longest and numbered.
+constexpr double kShortTickMillimetres = 1.0;
+constexpr double kMiddleTickMillimetres = 1.75;
+constexpr double kLongTickMillimetres = 2.5;
+// Thin enough to measure to a tenth of a millimetre, thick enough for any printer.
+constexpr double kLineWidthPoints = 0.25;
+constexpr double kLabelPointSize = 6.0;
+constexpr double kLabelGapPoints = 1.0;
+constexpr double kCaptionPointSize = 9.0;
+
+double millimetres(double points)
+{
+    return points / kPointsPerMillimetre;
+}
+
+// Corner crosshairs 10 mm in, or a quarter of a small paper's side in whole millimetres,
+// so that the marks of opposite corners stay apart.
+int cornerInset(double paperPoints)
+{
+    return std::min(kCornerInsetMillimetres, int(std::floor(millimetres(paperPoints) / 4.0)));
+}
+
+double tickLength(int millimetre)
+{
+    if (millimetre % 10 == 0)
+        return kLongTickMillimetres * kPointsPerMillimetre;
+    if (millimetre % 5 == 0)
+        return kMiddleTickMillimetres * kPointsPerMillimetre;
+    return kShortTickMillimetres * kPointsPerMillimetre;
+}
+
+QString tickLabel(int millimetre)
+{
+    return millimetre % 10 == 0 ? QString::number(millimetre) : QString();
+}
+
+// From the top of a one-line text to the middle of its letters: half its ascent plus
+// descent, without the leading Qt adds below the line.
+double middleOfLine(const LabelTextLayout& layout)
+{
+    const QTextLine line = layout.document().firstBlock().layout()->lineAt(0);
+    return (line.ascent() + line.descent()) / 2.0 / layout.unitsPerPoint();
+}
+
+RichText labelText(const QString& text, double pointSize)
+{
+    TextAttributes attributes;
+    attributes.font = FontSpec{QStringLiteral("Arial"), QString(), pointSize, false, false};
+    return RichText(text, attributes);
+}
+
+} // namespace
+
+CalibrationMarks calibrationMarks(const QSizeF& paper)
+{
+    CalibrationMarks marks;
+    const int insetX = cornerInset(paper.width());
+    const int insetY = cornerInset(paper.height());
+    marks.insetX = insetX * kPointsPerMillimetre;
+    marks.insetY = insetY * kPointsPerMillimetre;
+    const double right = paper.width() - marks.insetX;
+    const double bottom = paper.height() - marks.insetY;
+    // The middle one sits on whole millimetres too, at or just before the paper's middle.
+    const double middleX = std::floor(millimetres(paper.width()) / 2.0) * kPointsPerMillimetre;
+    const double middleY = std::floor(millimetres(paper.height()) / 2.0) * kPointsPerMillimetre;
+    marks.crosshairs = {{marks.insetX, marks.insetY},
+                        {right, marks.insetY},
+                        {marks.insetX, bottom},
+                        {right, bottom},
+                        {middleX, middleY}};
+    marks.crosshairArm =
+        std::min({kCrosshairArmMillimetres * kPointsPerMillimetre, marks.insetX, marks.insetY});
+
+    // The rulers run from the top-left crosshair to the top-right and bottom-left ones,
+    // ticking each whole millimetre from the paper's edge; their ticks point inwards.
+    const int lastX = int(std::floor(millimetres(right) + 1e-9));
+    for (int mm = insetX; mm <= lastX; ++mm) {
+        const double x = mm * kPointsPerMillimetre;
+        marks.horizontalTicks.push_back(
+            {mm, QLineF(x, marks.insetY, x, marks.insetY + tickLength(mm)), tickLabel(mm)});
+    }
+    const int lastY = int(std::floor(millimetres(bottom) + 1e-9));
+    for (int mm = insetY; mm <= lastY; ++mm) {
+        const double y = mm * kPointsPerMillimetre;
+        marks.verticalTicks.push_back(
+            {mm, QLineF(marks.insetX, y, marks.insetX + tickLength(mm), y), tickLabel(mm)});
+    }
+    return marks;
+}
+
+void paintCalibrationPage(QPainter& painter, const QSizeF& paper, const QString& caption)
+{
+    const CalibrationMarks marks = calibrationMarks(paper);
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(Qt::black, kLineWidthPoints, Qt::SolidLine, Qt::FlatCap));
+    painter.setBrush(Qt::NoBrush);
+
+    const double arm = marks.crosshairArm;
+    const double circle = std::min(kCrosshairCircleMillimetres * kPointsPerMillimetre, arm / 2.0);
+    for (const QPointF& centre : marks.crosshairs) {
+        painter.drawLine(QLineF(centre.x() - arm, centre.y(), centre.x() + arm, centre.y()));
+        painter.drawLine(QLineF(centre.x(), centre.y() - arm, centre.x(), centre.y() + arm));
+        painter.drawEllipse(centre, circle, circle);
+    }
+
+    if (!marks.horizontalTicks.empty()) {
+        painter.drawLine(QLineF(marks.horizontalTicks.front().line.p1(),
+                                marks.horizontalTicks.back().line.p1()));
+    }
+    if (!marks.verticalTicks.empty()) {
+        painter.drawLine(
+            QLineF(marks.verticalTicks.front().line.p1(), marks.verticalTicks.back().line.p1()));
+    }
+    // A label is centred on its tick, below the top ruler's ticks and beside the left
+    // ruler's; the ticks at the corner crosshair go unnumbered, where the rulers meet.
+    for (const RulerTick& tick : marks.horizontalTicks) {
+        painter.drawLine(tick.line);
+        if (tick.label.isEmpty() || tick.millimetres == marks.horizontalTicks.front().millimetres)
+            continue;
+        const LabelTextLayout label(labelText(tick.label, kLabelPointSize), std::nullopt);
+        const QSizeF size = label.size();
+        label.draw(painter, QRectF(QPointF(tick.line.x2() - size.width() / 2.0,
+                                           tick.line.y2() + kLabelGapPoints),
+                                   size));
+    }
+    for (const RulerTick& tick : marks.verticalTicks) {
+        painter.drawLine(tick.line);
+        if (tick.label.isEmpty() || tick.millimetres == marks.verticalTicks.front().millimetres)
+            continue;
+        const LabelTextLayout label(labelText(tick.label, kLabelPointSize), std::nullopt);
+        const QSizeF size = label.size();
+        label.draw(painter, QRectF(QPointF(tick.line.x2() + kLabelGapPoints,
+                                           tick.line.y2() - middleOfLine(label)),
+                                   size));
+    }
+
+    if (!caption.isEmpty()) {
+        const QPointF middle = marks.crosshairs.back();
+        const double left = marks.insetX + arm;
+        const double width = paper.width() - 2.0 * left;
+        if (width > 0.0) {
+            const QRectF area(left, middle.y() + arm + kLabelGapPoints, width,
+                              paper.height() - marks.insetY - (middle.y() + arm));
+            drawLabelText(painter, labelText(caption, kCaptionPointSize), area);
+        }
+    }
+    painter.restore();
+}
+
+} // namespace lomir
