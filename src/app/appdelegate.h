@@ -12,6 +12,7 @@ class CascadingWindowController;
 class Document;
 class DocumentController;
 class DocumentDialogs;
+class DocumentUserInterface;
 
 // The setting that holds the font sizes the editor offers, and the sizes written to it
 // at every launch: 1 to 14 in steps of one, then 18, 24, 36 and 48, as strings.
@@ -27,7 +28,10 @@ class AppDelegate : public QObject
     Q_OBJECT
 
 public:
+    // Asks the user with dialogs.
     explicit AppDelegate(QObject* parent = nullptr);
+    // Asks the user through the given interface, which must outlive the delegate.
+    explicit AppDelegate(DocumentUserInterface& userInterface, QObject* parent = nullptr);
     ~AppDelegate() override;
 
     // Writes the font size list, then brings back recovered documents and opens the
@@ -46,10 +50,11 @@ public:
     void showAbout();
 
 private:
+    void connectDocumentController();
     void makeWindowControllers(Document* document);
     void fillOpenRecentMenu(QMenu* menu);
 
-    std::unique_ptr<DocumentDialogs> m_dialogs;
+    std::unique_ptr<DocumentDialogs> m_ownDialogs;
     std::unique_ptr<DocumentController> m_documents;
 };
 
