@@ -40,7 +40,6 @@ int main(int argc, char* argv[])
 
     QApplication application(argc, argv);
     nameApplication();
-    QGuiApplication::setDesktopFileName(QStringLiteral("com.brenvik.lomir"));
     lomir::AppDelegate delegate;
     QStringList files = QCoreApplication::arguments();
     files.removeFirst();

@@ -7,6 +7,7 @@
 #include "support/scripteduserinterface.h"
 
 #include <QApplication>
+#include <QDialog>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTextEdit>
@@ -183,6 +184,29 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowActive(&elsewhere));
         QCOMPARE(readFile(file), QByteArray("Before after"));
         QVERIFY(!window->isWindowModified());
+    }
+
+    void aQuestionOverTheWindowDoesNotWriteItsEdits()
+    {
+        const QString file = path(QStringLiteral("asked.txt"));
+        QVERIFY(writeFile(file, "Before"));
+        ScriptedUserInterface userInterface;
+        AppDelegate delegate(userInterface);
+        CascadingWindowController* window = testing::launch(delegate, {file});
+        QVERIFY(window);
+        window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(window));
+        QTest::keyClicks(window->editor()->labelTextWidget(), QStringLiteral(" after"));
+
+        // A modal question, such as whether to save the changes, takes the focus: the
+        // user may yet answer "Don't Save".
+        QDialog question(window);
+        question.setModal(true);
+        question.show();
+        question.activateWindow();
+        QTRY_COMPARE(QApplication::activeWindow(), &question);
+        QCOMPARE(readFile(file), QByteArray("Before"));
+        QVERIFY(window->isWindowModified());
     }
 
     void theCommandsUseTheStandardShortcuts()
