@@ -1,8 +1,10 @@
 #include "app/commandline.h"
 
+#include "base/errors.h"
 #include "document/documentfile.h"
 #include "document/documentformats.h"
 
+#include <QCoreApplication>
 #include <QTextStream>
 #include <nlohmann/json.hpp>
 
@@ -12,10 +14,16 @@ namespace {
 
 using OrderedJson = nlohmann::ordered_json;
 
+struct CommandLine
+{
+    Q_DECLARE_TR_FUNCTIONS(CommandLine)
+};
+
 QString usage()
 {
-    return QStringLiteral(
+    return CommandLine::tr(
         "Usage:\n"
+        "  lomir [FILE...]          open the label editor with these files, or a new label\n"
         "  lomir convert IN OUT     convert a label between .lomir, .txt and .rtf\n"
         "  lomir inspect FILE       print a label document as JSON\n"
         "  lomir --version          print the version\n"
@@ -131,8 +139,8 @@ Result<QString> typeOfArgument(const QString& path)
 {
     const QString type = typeForFileName(path);
     if (type.isEmpty())
-        return Error{QStringLiteral("LomirUsageDomain"), kExitUsage,
-                     QStringLiteral("Cannot tell the type of “%1”: name it .lomir, .txt or .rtf.")
+        return Error{QString(kUsageErrorDomain), kExitUsage,
+                     CommandLine::tr("Cannot tell the type of “%1”: name it .lomir, .txt or .rtf.")
                          .arg(path)};
     return type;
 }
@@ -180,7 +188,10 @@ int inspect(const QString& path, QTextStream& out, QTextStream& err)
 
 bool isCommandLineInvocation(const QStringList& arguments)
 {
-    return !arguments.isEmpty();
+    if (arguments.isEmpty())
+        return false;
+    const QString& first = arguments.first();
+    return first == u"convert" || first == u"inspect" || first.startsWith(u'-');
 }
 
 int runCommandLine(const QStringList& arguments, QTextStream& out, QTextStream& err)
@@ -200,12 +211,12 @@ int runCommandLine(const QStringList& arguments, QTextStream& out, QTextStream& 
         return inspect(arguments[1], out, err);
 
     if (command == u"convert" || command == u"inspect")
-        err << QStringLiteral("“%1” takes %2; see “lomir --help”.\n")
-                   .arg(command, command == u"convert"
-                                     ? QStringLiteral("an input and an output file")
-                                     : QStringLiteral("one file"));
+        err << (command == u"convert"
+                    ? CommandLine::tr("“convert” takes an input and an output file; see "
+                                      "“lomir --help”.\n")
+                    : CommandLine::tr("“inspect” takes one file; see “lomir --help”.\n"));
     else
-        err << QStringLiteral("Unknown command “%1”; see “lomir --help”.\n").arg(command);
+        err << CommandLine::tr("Unknown command “%1”; see “lomir --help”.\n").arg(command);
     return kExitUsage;
 }
 

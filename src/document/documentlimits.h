@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/errors.h"
+
 #include <QString>
 #include <QtGlobal>
 
@@ -30,14 +32,5 @@ inline constexpr qint64 kMaxArchiveSize = kMaxDocumentFileSize / 4 * 3;
 // beyond any label that fits a sheet, and short enough that the text in its own
 // type, as plain text or as RTF, stays well within the largest file.
 inline constexpr int kMaxLabelTextLength = 1'000'000;
-
-// Errors of reading and writing document files, all in one domain: what lies beyond
-// these limits, and what is no file at all. A failure the operating system reports
-// keeps its own number (errno) as the code, in kPosixErrorDomain.
-inline constexpr QLatin1StringView kFileErrorDomain{"LomirFileErrorDomain"};
-inline constexpr int kNotARegularFile = 1;  // a folder, device, pipe or socket
-inline constexpr int kFileTooLarge = 2;     // a file, read or to be written, beyond the largest
-inline constexpr int kLabelTextTooLong = 3; // a label text beyond the longest
-inline constexpr QLatin1StringView kPosixErrorDomain{"NSPOSIXErrorDomain"};
 
 } // namespace lomir

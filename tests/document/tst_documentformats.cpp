@@ -1,11 +1,13 @@
 #include "document/documentformats.h"
 #include "document/documentlimits.h"
 #include "document/rtf.h"
+#include "support/records.h"
 
 #include <QLocale>
 #include <QTest>
 
 using namespace lomir;
+using testing::compareSettings;
 
 namespace {
 
@@ -69,18 +71,6 @@ void addTheThreeTypes()
     QTest::newRow("plain text") << QString(kPlainTextType);
     QTest::newRow("rtf") << QString(kRtfType);
     QTest::newRow("own type") << QString(kLomirDocumentType);
-}
-
-void compareSettings(const Content& actual, const Content& expected)
-{
-    QCOMPARE(actual.quantity, expected.quantity);
-    QCOMPARE(actual.serialStartFrom, expected.serialStartFrom);
-    QCOMPARE(actual.width, expected.width);
-    QCOMPARE(actual.height, expected.height);
-    QCOMPARE(actual.dimensions, expected.dimensions);
-    QCOMPARE(actual.metric, expected.metric);
-    QCOMPARE(actual.magnification, expected.magnification);
-    QCOMPARE(actual.outputSpacing, expected.outputSpacing);
 }
 
 } // namespace

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QLatin1StringView>
+
+namespace lomir {
+
+// The error domains and codes the application reports, each named once here. Callers
+// and tests tell errors apart by domain and code; the user reads the Error's sentence.
+
+// Decoding the document record. The domain and codes are those of the decoders of
+// macOS, so errors read alike wherever a document comes from.
+inline constexpr QLatin1StringView kCocoaErrorDomain{"NSCocoaErrorDomain"};
+inline constexpr int kDecodingValueNotFound = 4865; // a key or a value is missing
+inline constexpr int kDecodingCorrupt = 4864;       // wrong type, or data that cannot be read
+
+// A type name that is none of the three document types.
+inline constexpr QLatin1StringView kOSStatusErrorDomain{"NSOSStatusErrorDomain"};
+inline constexpr int kUnsupportedTypeError = -4;
+
+// Files whose text cannot be taken in at all. The document layer stops the program
+// on these rather than opening a document with text that is not the file's.
+inline constexpr QLatin1StringView kUnreadableTextDomain{"LomirUnreadableTextDomain"};
+inline constexpr int kPlainTextNotUtf8 = 1;
+inline constexpr int kRtfUnreadable = 2;
+
+// Reading and writing document files: what lies beyond the limits of
+// document/documentlimits.h, and what is no file at all.
+inline constexpr QLatin1StringView kFileErrorDomain{"LomirFileErrorDomain"};
+inline constexpr int kNotARegularFile = 1;  // a folder, device, pipe or socket
+inline constexpr int kFileTooLarge = 2;     // a file, read or to be written, beyond the largest
+inline constexpr int kLabelTextTooLong = 3; // a label text beyond the longest
+
+// A failure the operating system reports keeps its own number (errno) as the code.
+inline constexpr QLatin1StringView kPosixErrorDomain{"NSPOSIXErrorDomain"};
+
+// A command line that was not understood. The code is the exit status.
+inline constexpr QLatin1StringView kUsageErrorDomain{"LomirUsageDomain"};
+
+} // namespace lomir
