@@ -24,16 +24,6 @@ constexpr double kHeightPadding = 1.0;
 // Wider than any label; lines are never wrapped anyway.
 constexpr qreal kUnboundedLineWidth = 1.0e6;
 
-// The font textHeight measures with when it is given none.
-FontSpec fallbackFont()
-{
-    FontSpec font;
-    font.family = QStringLiteral("Arial");
-    font.postScriptName = QStringLiteral("ArialMT");
-    font.pointSize = 4.0;
-    return font;
-}
-
 FontSpec fontOf(const TextAttributes& attributes)
 {
     return attributes.font.value_or(defaultFont());
@@ -153,9 +143,25 @@ double widestLineWidth(const RichText& text)
     return widest + kWidthPadding;
 }
 
+FontSpec labelFont()
+{
+    FontSpec font;
+    font.family = QStringLiteral("Arial");
+    font.postScriptName = QStringLiteral("ArialMT");
+    font.pointSize = 4.0;
+    return font;
+}
+
+double minimumTextHeight(const FontSpec& font)
+{
+    const PointLayout layout(font.pointSize);
+    const QFontMetricsF metrics(layout.font(font));
+    return layout.toPoints(metrics.ascent() + metrics.descent()) + kHeightPadding;
+}
+
 double textHeight(const RichText& text, const std::optional<FontSpec>& font)
 {
-    const FontSpec minimumFont = font.value_or(fallbackFont());
+    const FontSpec minimumFont = font.value_or(labelFont());
     TextAttributes emptyTextAttributes;
     emptyTextAttributes.font = minimumFont;
     // An empty label is as tall as one line of the letter "a".
@@ -170,10 +176,7 @@ double textHeight(const RichText& text, const std::optional<FontSpec>& font)
                               layout.paragraphLines(measured, location, length, emptyLineFont))
                              height += line.height;
                      });
-
-    const QFontMetricsF metrics(layout.font(minimumFont));
-    const double minimum = layout.toPoints(metrics.ascent() + metrics.descent()) + kHeightPadding;
-    return std::max(height, minimum);
+    return std::max(height, minimumTextHeight(minimumFont));
 }
 
 RichText withUniformFontSize(const RichText& text, double pointSize)

@@ -14,6 +14,14 @@ namespace lomir {
 // plus 2 points. Lines are separated by line feeds only.
 double widestLineWidth(const RichText& text);
 
+// The font the editor gives a new label, and the one textHeight measures with when it is
+// given none: Arial at 4 points.
+FontSpec labelFont();
+
+// One line of the font in points, its ascent plus descent, plus 1 point: the least
+// height a label's text is given, so that an empty or tiny text still holds a line.
+double minimumTextHeight(const FontSpec& font);
+
 // The laid-out height in points of the text (an empty text measures as the letter
 // "a" in the font), never less than the font's ascent plus descent plus 1 point.
 // Without a font, Arial at 4 points.

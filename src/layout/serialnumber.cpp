@@ -18,7 +18,7 @@ QStringView placeholderUnit()
 
 } // namespace
 
-std::optional<TextRange> locateSerialRun(const QString& text, qint64 expectedUnits)
+std::optional<SerialRun> findSerialRun(const QString& text)
 {
     // Walk user-perceived characters: the joiner clings to its "#", so a unit is one
     // character and is never split, and a "#" that carries more marks is not a unit.
@@ -40,9 +40,26 @@ std::optional<TextRange> locateSerialRun(const QString& text, qint64 expectedUni
         runEnd = end;
         ++units;
     }
-    if (runStart < 0 || units != expectedUnits)
+    if (runStart < 0)
         return std::nullopt;
-    return TextRange{int(runStart), int(runEnd - runStart)};
+    return SerialRun{TextRange{int(runStart), int(runEnd - runStart)}, units};
+}
+
+std::optional<TextRange> locateSerialRun(const QString& text, qint64 expectedUnits)
+{
+    const std::optional<SerialRun> run = findSerialRun(text);
+    if (!run || run->units != expectedUnits)
+        return std::nullopt;
+    return run->range;
+}
+
+QString serialPlaceholder(qint64 units)
+{
+    QString placeholder;
+    placeholder.reserve(qsizetype(std::max<qint64>(units, 0)) * kSerialPlaceholderUnitLength);
+    for (qint64 unit = 0; unit < units; ++unit)
+        placeholder += placeholderUnit();
+    return placeholder;
 }
 
 qint64 serialDigitCount(qint64 quantity, qint64 serialStartFrom)

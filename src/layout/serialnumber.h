@@ -22,9 +22,24 @@ struct TextRange
     bool operator==(const TextRange&) const = default;
 };
 
+// A run of placeholder units in a text: where it is, in UTF-16 units, and how many units.
+struct SerialRun
+{
+    TextRange range;
+    qint64 units = 0;
+    bool operator==(const SerialRun&) const = default;
+};
+
+// The first run of placeholder units in the text, however long; nothing when the text
+// has no unit. The editor replaces this run when the digits it needs change.
+std::optional<SerialRun> findSerialRun(const QString& text);
+
 // The first run of placeholder units in the text, if it has exactly expectedUnits
 // units; nothing otherwise.
 std::optional<TextRange> locateSerialRun(const QString& text, qint64 expectedUnits);
+
+// A run of placeholder units, one for each digit.
+QString serialPlaceholder(qint64 units);
 
 // The digits every serial number of a print gets: the digit count of start + quantity.
 qint64 serialDigitCount(qint64 quantity, qint64 serialStartFrom);

@@ -92,6 +92,10 @@ private Q_SLOTS:
     void placeholderUnit();
     void locateSerialRun_data();
     void locateSerialRun();
+    void findSerialRun_data();
+    void findSerialRun();
+    void serialPlaceholder_data();
+    void serialPlaceholder();
     void serialDigitCount_data();
     void serialDigitCount();
     void serialText_data();
@@ -176,6 +180,73 @@ void TestSerialNumber::locateSerialRun()
         QCOMPARE(range->length, length);
         QCOMPARE(qint64(range->length), 2 * expectedUnits);
     }
+}
+
+void TestSerialNumber::findSerialRun_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("found");
+    QTest::addColumn<int>("location");
+    QTest::addColumn<int>("length");
+    QTest::addColumn<qint64>("unitCount");
+
+    QTest::newRow("one unit") << QStringLiteral("Box ") + units(1) << true << 4 << 2 << qint64(1);
+    QTest::newRow("three units inside text")
+        << QStringLiteral("Box ") + units(3) + QStringLiteral(" of 500") << true << 4 << 6
+        << qint64(3);
+    QTest::newRow("no placeholder") << QStringLiteral("Jam") << false << 0 << 0 << qint64(0);
+    QTest::newRow("empty text") << QString() << false << 0 << 0 << qint64(0);
+    QTest::newRow("number signs without joiners")
+        << QStringLiteral("##") << false << 0 << 0 << qint64(0);
+    QTest::newRow("only the first of two runs")
+        << QStringLiteral("A") + units(2) + QStringLiteral(" B") + units(3) << true << 1 << 4
+        << qint64(2);
+    QTest::newRow("unit with a combining mark ends the run")
+        << units(2) + QStringLiteral("#\u200D\u0301") << true << 0 << 4 << qint64(2);
+    QTest::newRow("offsets count UTF-16 units")
+        << QStringLiteral("🍓 ") + units(2) << true << 3 << 4 << qint64(2);
+    QTest::newRow("whole text") << units(19) << true << 0 << 38 << qint64(19);
+}
+
+void TestSerialNumber::findSerialRun()
+{
+    QFETCH(QString, text);
+    QFETCH(bool, found);
+    QFETCH(int, location);
+    QFETCH(int, length);
+    QFETCH(qint64, unitCount);
+
+    const std::optional<SerialRun> run = lomir::findSerialRun(text);
+    QCOMPARE(run.has_value(), found);
+    if (found) {
+        QCOMPARE(run->range, (TextRange{location, length}));
+        QCOMPARE(run->units, unitCount);
+        // The run that is found is the one printing numbers.
+        QCOMPARE(lomir::locateSerialRun(text, unitCount), std::optional<TextRange>(run->range));
+    }
+}
+
+void TestSerialNumber::serialPlaceholder_data()
+{
+    QTest::addColumn<qint64>("unitCount");
+    QTest::addColumn<QString>("expected");
+
+    QTest::newRow("none") << qint64(0) << QString();
+    QTest::newRow("one") << qint64(1) << QStringLiteral("#\u200D");
+    QTest::newRow("three") << qint64(3) << QStringLiteral("#\u200D#\u200D#\u200D");
+    QTest::newRow("nineteen") << qint64(19) << units(19);
+}
+
+void TestSerialNumber::serialPlaceholder()
+{
+    QFETCH(qint64, unitCount);
+    QFETCH(QString, expected);
+
+    const QString placeholder = lomir::serialPlaceholder(unitCount);
+    QCOMPARE(placeholder, expected);
+    if (unitCount > 0)
+        QCOMPARE(lomir::locateSerialRun(placeholder, unitCount),
+                 std::optional<TextRange>(TextRange{0, int(2 * unitCount)}));
 }
 
 void TestSerialNumber::serialDigitCount_data()
@@ -475,15 +546,6 @@ void TestSerialNumber::harmlessCaseRunsToEnd()
     lomir::testing::verifyRunsToEnd(QStringLiteral("harmless"));
 }
 
-int main(int argc, char* argv[])
-{
-    if (lomir::testing::isFatalCaseRun(argc, argv))
-        return runFatalCase(argv[2]);
-
-    QCoreApplication app(argc, argv);
-    TestSerialNumber test;
-    QTEST_SET_MAIN_SOURCE_PATH
-    return QTest::qExec(&test, argc, argv);
-}
+LOMIR_TEST_MAIN_WITH_FATAL_CASES(QCoreApplication, TestSerialNumber)
 
 #include "tst_serialnumber.moc"

@@ -437,15 +437,6 @@ void TestSheetGeometry::harmlessCaseRunsToEnd()
     lomir::testing::verifyRunsToEnd(QStringLiteral("harmless"));
 }
 
-int main(int argc, char* argv[])
-{
-    if (lomir::testing::isFatalCaseRun(argc, argv))
-        return runFatalCase(argv[2]);
-
-    QCoreApplication app(argc, argv);
-    TestSheetGeometry test;
-    QTEST_SET_MAIN_SOURCE_PATH
-    return QTest::qExec(&test, argc, argv);
-}
+LOMIR_TEST_MAIN_WITH_FATAL_CASES(QCoreApplication, TestSheetGeometry)
 
 #include "tst_sheetgeometry.moc"

@@ -1025,15 +1025,6 @@ void TestTilingTextView::harmlessCaseRunsToEnd()
     lomir::testing::verifyRunsToEnd(QStringLiteral("harmless"));
 }
 
-int main(int argc, char* argv[])
-{
-    QGuiApplication app(argc, argv);
-    if (lomir::testing::isFatalCaseRun(argc, argv))
-        return runFatalCase(argv[2]);
-
-    TestTilingTextView test;
-    QTEST_SET_MAIN_SOURCE_PATH
-    return QTest::qExec(&test, argc, argv);
-}
+LOMIR_TEST_MAIN_WITH_FATAL_CASES(QGuiApplication, TestTilingTextView)
 
 #include "tst_tilingtextview.moc"

@@ -72,3 +72,18 @@ inline void verifyRunsToEnd(const QString& caseName)
 }
 
 } // namespace lomir::testing
+
+// The main() of a test program with fatal cases: a child run makes the stop of its case
+// happen through the test's own runFatalCase(const char* name), which returns only when
+// the stop did not happen; any other run runs the tests. The application object comes
+// first, so that a case may use what it provides (fonts, for one).
+#define LOMIR_TEST_MAIN_WITH_FATAL_CASES(Application, TestObject)                                  \
+    int main(int argc, char* argv[])                                                               \
+    {                                                                                              \
+        Application app(argc, argv);                                                               \
+        if (lomir::testing::isFatalCaseRun(argc, argv))                                            \
+            return runFatalCase(argv[2]);                                                          \
+        TestObject test;                                                                           \
+        QTEST_SET_MAIN_SOURCE_PATH                                                                 \
+        return QTest::qExec(&test, argc, argv);                                                    \
+    }

@@ -1,0 +1,51 @@
+#include "editor/labellimits.h"
+
+#include "editor/appearance.h"
+#include "layout/labeltextlayout.h"
+#include "layout/measurement.h"
+
+#include <algorithm>
+
+namespace lomir {
+
+namespace {
+
+// The width the editor lays the text out in: the label's, less the text's margin on
+// each side.
+double editorTextWidth(double labelWidth)
+{
+    // A label narrower than the margins still wraps, one character to a line, rather than
+    // not at all.
+    return std::max(0.0, labelWidth - 2.0 * kLabelTextMargin);
+}
+
+} // namespace
+
+double neededTextHeight(const RichText& text, const FontSpec& editorFont, double labelWidth)
+{
+    // An empty text has no lines; the label still needs one line of the editor's font
+    // for the caret. The layout would give an empty document a line in the default font.
+    double laidOut = 0.0;
+    if (!text.isEmpty())
+        laidOut = LabelTextLayout(text, editorTextWidth(labelWidth)).size().height();
+    const double oneLine = minimumTextHeight(editorFont);
+    return laidOut <= oneLine ? oneLine : laidOut;
+}
+
+bool textFitsLabel(const RichText& text, const FontSpec& editorFont, double labelWidth,
+                   double labelHeight)
+{
+    return labelHeight >= neededTextHeight(text, editorFont, labelWidth);
+}
+
+RichText trimmedToLabel(RichText text, const FontSpec& editorFont, double labelWidth,
+                        double labelHeight)
+{
+    // One character at a time from the end, as a user deleting would, so a wrapped line
+    // that comes back up is noticed at the first character that lets it.
+    while (!text.isEmpty() && neededTextHeight(text, editorFont, labelWidth) > labelHeight)
+        text.deleteLastCharacter();
+    return text;
+}
+
+} // namespace lomir
