@@ -1,9 +1,9 @@
 #include "app/commandline.h"
 
+#include "base/errors.h"
+#include "document/documentfile.h"
 #include "document/documentformats.h"
 
-#include <QFile>
-#include <QSaveFile>
 #include <QTextStream>
 #include <nlohmann/json.hpp>
 
@@ -17,6 +17,7 @@ QString usage()
 {
     return QStringLiteral(
         "Usage:\n"
+        "  lomir [FILE...]          open the label editor with these files, or a new label\n"
         "  lomir convert IN OUT     convert a label between .lomir, .txt and .rtf\n"
         "  lomir inspect FILE       print a label document as JSON\n"
         "  lomir --version          print the version\n"
@@ -26,31 +27,6 @@ QString usage()
 std::string utf8(const QString& text)
 {
     return text.toStdString();
-}
-
-// Reads a label file of any of the three types into a record. Plain text and RTF
-// fill only the text of a default record, as opening them does.
-Result<Content> readLabelFile(const QString& path, const QString& type)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return Error{QStringLiteral("LomirFileErrorDomain"), int(file.error()),
-                     QStringLiteral("Cannot open “%1”: %2.").arg(path, file.errorString())};
-    Content record;
-    const Status read = readFromData(file.readAll(), type, record);
-    if (!read)
-        return Error{read.error().domain, read.error().code,
-                     QStringLiteral("Cannot read “%1”: %2").arg(path, read.error().message)};
-    return record;
-}
-
-Status writeFile(const QString& path, const QByteArray& data)
-{
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(data) != data.size() || !file.commit())
-        return Error{QStringLiteral("LomirFileErrorDomain"), int(file.error()),
-                     QStringLiteral("Cannot write “%1”: %2.").arg(path, file.errorString())};
-    return Done{};
 }
 
 // Line styles as the inspect output numbers them.
@@ -157,7 +133,7 @@ Result<QString> typeOfArgument(const QString& path)
 {
     const QString type = typeForFileName(path);
     if (type.isEmpty())
-        return Error{QStringLiteral("LomirUsageDomain"), kExitUsage,
+        return Error{QString(kUsageErrorDomain), kExitUsage,
                      QStringLiteral("Cannot tell the type of “%1”: name it .lomir, .txt or .rtf.")
                          .arg(path)};
     return type;
@@ -178,12 +154,7 @@ int convert(const QString& input, const QString& output, QTextStream& err)
         err << record.error().message << '\n';
         return kExitFailure;
     }
-    const Result<QByteArray> data = dataOfType(*record, *outputType);
-    if (!data) {
-        err << QStringLiteral("Cannot convert “%1”: %2").arg(input, data.error().message) << '\n';
-        return kExitFailure;
-    }
-    const Status written = writeFile(output, *data);
+    const Status written = writeLabelFile(output, *record, *outputType);
     if (!written) {
         err << written.error().message << '\n';
         return kExitFailure;
@@ -211,7 +182,10 @@ int inspect(const QString& path, QTextStream& out, QTextStream& err)
 
 bool isCommandLineInvocation(const QStringList& arguments)
 {
-    return !arguments.isEmpty();
+    if (arguments.isEmpty())
+        return false;
+    const QString& first = arguments.first();
+    return first == u"convert" || first == u"inspect" || first.startsWith(u'-');
 }
 
 int runCommandLine(const QStringList& arguments, QTextStream& out, QTextStream& err)

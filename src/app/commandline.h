@@ -12,7 +12,8 @@ inline constexpr int kExitFailure = 1; // the command could not be carried out
 inline constexpr int kExitUsage = 2;   // the command was not understood
 
 // Whether the arguments (without the program name) ask for a command-line command
-// rather than the editor.
+// rather than the editor: they start with "convert", "inspect" or an option. Any other
+// arguments are files for the editor to open.
 bool isCommandLineInvocation(const QStringList& arguments);
 
 // Runs a command-line command: --version, --help, convert, inspect. Results go to out;

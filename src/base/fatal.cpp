@@ -3,14 +3,38 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 namespace lomir {
+
+namespace {
+
+std::function<void()>& workBeforeFatalStop()
+{
+    static std::function<void()> work;
+    return work;
+}
+
+} // namespace
+
+std::function<void()> setWorkBeforeFatalStop(std::function<void()> work)
+{
+    return std::exchange(workBeforeFatalStop(), std::move(work));
+}
 
 void fatalError(std::string_view message, SourcePosition where)
 {
     std::fprintf(stderr, "Fatal error: %.*s (%s:%d)\n", int(message.size()), message.data(),
                  where.file, where.line);
     std::fflush(stderr);
+    // Taking the work out first means a stop during the work finds none and ends here.
+    if (const std::function<void()> work = std::exchange(workBeforeFatalStop(), {})) {
+        try {
+            work();
+        } catch (...) {
+            // The program ends anyway; whatever the work managed to write is kept.
+        }
+    }
     std::abort();
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QtGlobal>
+#include <functional>
 #include <string_view>
 
 namespace lomir {
@@ -18,6 +19,12 @@ struct SourcePosition
 // integer overflow in page arithmetic, a property read before it was set); never for
 // user errors.
 [[noreturn]] void fatalError(std::string_view message, SourcePosition where = {});
+
+// Work to do after a stop is reported and before the program ends: the application
+// writes every document with unsaved changes to its recovery folder. Runs at most once;
+// a stop inside the work ends the program at once. Returns the work it replaces, so
+// that whoever set it can put the previous one back.
+std::function<void()> setWorkBeforeFatalStop(std::function<void()> work);
 
 // Converts a floating-point quotient to a 64-bit integer, truncating toward zero, and
 // stops the program when the value is not finite or does not fit.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/errors.h"
 #include "base/result.h"
 #include "document/richtext.h"
 
@@ -10,12 +11,6 @@
 #include <optional>
 
 namespace lomir {
-
-// Decoding errors of the document record, in the domain "NSCocoaErrorDomain" with the
-// codes the decoders of macOS use, so that errors read alike wherever they come from.
-inline constexpr QLatin1StringView kCocoaErrorDomain{"NSCocoaErrorDomain"};
-inline constexpr int kDecodingValueNotFound = 4865; // a key or a value is missing
-inline constexpr int kDecodingCorrupt = 4864;       // wrong type, or data that cannot be read
 
 // The two reasons a label text in a document can be unreadable.
 inline constexpr QLatin1StringView kNotBase64Description{"String is not a base64 encoded string"};

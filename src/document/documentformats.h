@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/errors.h"
 #include "base/result.h"
 #include "document/content.h"
 
@@ -12,16 +13,6 @@ namespace lomir {
 inline constexpr QLatin1StringView kPlainTextType{"public.plain-text"};
 inline constexpr QLatin1StringView kRtfType{"public.rtf"};
 inline constexpr QLatin1StringView kLomirDocumentType{"com.brenvik.lomir-doc"};
-
-// A type name that is none of the three fails with code -4 in this domain.
-inline constexpr QLatin1StringView kOSStatusErrorDomain{"NSOSStatusErrorDomain"};
-inline constexpr int kUnsupportedTypeError = -4;
-
-// Files whose text cannot be taken in at all. The document layer stops the program
-// on these rather than opening a document with text that is not the file's.
-inline constexpr QLatin1StringView kUnreadableTextDomain{"LomirUnreadableTextDomain"};
-inline constexpr int kPlainTextNotUtf8 = 1;
-inline constexpr int kRtfUnreadable = 2;
 
 // The bytes of a file of the type. The own type writes the whole record; plain text
 // and RTF only its label text. The caller builds the record from the editor.

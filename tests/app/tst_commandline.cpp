@@ -151,7 +151,7 @@ private Q_SLOTS:
             << QStringList{QStringLiteral("inspect"), QStringLiteral("a.doc")} << 2
             << QStringLiteral("a.doc");
         QTest::newRow("unknown command")
-            << QStringList{QStringLiteral("frobnicate")} << 2 << QStringLiteral("frobnicate");
+            << QStringList{QStringLiteral("--frobnicate")} << 2 << QStringLiteral("--frobnicate");
         QTest::newRow("convert without output")
             << QStringList{QStringLiteral("convert"), QStringLiteral("a.txt")} << 2
             << QStringLiteral("convert");
