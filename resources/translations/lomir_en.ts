@@ -2,6 +2,80 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="en">
 <context>
+    <name>DocumentDialogs</name>
+    <message>
+        <source>Lomir Document (*.lomir)</source>
+        <translation>Lomir Document (*.lomir)</translation>
+    </message>
+    <message>
+        <source>Plain Text (*.txt)</source>
+        <translation>Plain Text (*.txt)</translation>
+    </message>
+    <message>
+        <source>Rich Text Format (*.rtf)</source>
+        <translation>Rich Text Format (*.rtf)</translation>
+    </message>
+    <message>
+        <source>Do you want to save the changes you made to “%1”?</source>
+        <translation>Do you want to save the changes you made to “%1”?</translation>
+    </message>
+    <message>
+        <source>Your changes are lost if you don’t save them.</source>
+        <translation>Your changes are lost if you don’t save them.</translation>
+    </message>
+    <message>
+        <source>Save As</source>
+        <translation>Save As</translation>
+    </message>
+    <message>
+        <source>Labels (*.lomir *.txt *.text *.rtf)</source>
+        <translation>Labels (*.lomir *.txt *.text *.rtf)</translation>
+    </message>
+    <message>
+        <source>Plain Text (*.txt *.text)</source>
+        <translation>Plain Text (*.txt *.text)</translation>
+    </message>
+    <message>
+        <source>Open</source>
+        <translation>Open</translation>
+    </message>
+    <message>
+        <source>Do you want to revert “%1” to the version last saved?</source>
+        <translation>Do you want to revert “%1” to the version last saved?</translation>
+    </message>
+    <message>
+        <source>Your current changes are lost.</source>
+        <translation>Your current changes are lost.</translation>
+    </message>
+    <message>
+        <source>Revert</source>
+        <translation>Revert</translation>
+    </message>
+</context>
+<context>
+    <name>DocumentFile</name>
+    <message>
+        <source>Cannot open “%1”: %2.</source>
+        <translation>Cannot open “%1”: %2.</translation>
+    </message>
+    <message>
+        <source>Cannot read “%1”: %2.</source>
+        <translation>Cannot read “%1”: %2.</translation>
+    </message>
+    <message>
+        <source>Cannot read “%1”: %2</source>
+        <translation>Cannot read “%1”: %2</translation>
+    </message>
+    <message>
+        <source>Cannot write “%1”: %2</source>
+        <translation>Cannot write “%1”: %2</translation>
+    </message>
+    <message>
+        <source>Cannot write “%1”: %2.</source>
+        <translation>Cannot write “%1”: %2.</translation>
+    </message>
+</context>
+<context>
     <name>MessageBoxAlertPresenter</name>
     <message>
         <source>OK</source>
@@ -21,6 +95,130 @@
     <message>
         <source>Millimeters Shorthand</source>
         <translation>mm</translation>
+    </message>
+</context>
+<context>
+    <name>RecoveryFolder</name>
+    <message>
+        <source>Cannot write “%1”: %2.</source>
+        <translation>Cannot write “%1”: %2.</translation>
+    </message>
+    <message>
+        <source>Cannot make the folder “%1”.</source>
+        <translation>Cannot make the folder “%1”.</translation>
+    </message>
+    <message>
+        <source>Cannot lock the folder “%1”.</source>
+        <translation>Cannot lock the folder “%1”.</translation>
+    </message>
+</context>
+<context>
+    <name>lomir::AppDelegate</name>
+    <message>
+        <source>No Recent Documents</source>
+        <translation>No Recent Documents</translation>
+    </message>
+    <message>
+        <source>Clear Menu</source>
+        <translation>Clear Menu</translation>
+    </message>
+    <message>
+        <source>About Lomir</source>
+        <translation>About Lomir</translation>
+    </message>
+    <message>
+        <source>&lt;p&gt;&lt;b&gt;Lomir %1&lt;/b&gt;&lt;/p&gt;&lt;p&gt;Designs and prints sheets of identical text labels.&lt;/p&gt;</source>
+        <translation>&lt;p&gt;&lt;b&gt;Lomir %1&lt;/b&gt;&lt;/p&gt;&lt;p&gt;Designs and prints sheets of identical text labels.&lt;/p&gt;</translation>
+    </message>
+</context>
+<context>
+    <name>lomir::CascadingWindowController</name>
+    <message>
+        <source>&amp;File</source>
+        <translation>&amp;File</translation>
+    </message>
+    <message>
+        <source>&amp;New</source>
+        <translation>&amp;New</translation>
+    </message>
+    <message>
+        <source>&amp;Open…</source>
+        <translation>&amp;Open…</translation>
+    </message>
+    <message>
+        <source>Open &amp;Recent</source>
+        <translation>Open &amp;Recent</translation>
+    </message>
+    <message>
+        <source>&amp;Close</source>
+        <translation>&amp;Close</translation>
+    </message>
+    <message>
+        <source>&amp;Save</source>
+        <translation>&amp;Save</translation>
+    </message>
+    <message>
+        <source>Save &amp;As…</source>
+        <translation>Save &amp;As…</translation>
+    </message>
+    <message>
+        <source>Re&amp;vert to Saved</source>
+        <translation>Re&amp;vert to Saved</translation>
+    </message>
+    <message>
+        <source>&amp;Quit</source>
+        <translation>&amp;Quit</translation>
+    </message>
+    <message>
+        <source>&amp;Help</source>
+        <translation>&amp;Help</translation>
+    </message>
+    <message>
+        <source>&amp;About Lomir</source>
+        <translation>&amp;About Lomir</translation>
+    </message>
+    <message>
+        <source>(Recovered)</source>
+        <translation>(Recovered)</translation>
+    </message>
+</context>
+<context>
+    <name>lomir::DocumentController</name>
+    <message>
+        <source>The document “%1” could not be opened.</source>
+        <translation>The document “%1” could not be opened.</translation>
+    </message>
+    <message>
+        <source>Lomir opens label documents (.lomir), plain text (.txt) and RTF (.rtf).</source>
+        <translation>Lomir opens label documents (.lomir), plain text (.txt) and RTF (.rtf).</translation>
+    </message>
+    <message>
+        <source>The document “%1” could not be saved.</source>
+        <translation>The document “%1” could not be saved.</translation>
+    </message>
+    <message>
+        <source>The document “%1” could not be reverted.</source>
+        <translation>The document “%1” could not be reverted.</translation>
+    </message>
+    <message>
+        <source>The document “%1” could not be saved automatically.</source>
+        <translation>The document “%1” could not be saved automatically.</translation>
+    </message>
+    <message>
+        <source>The changes to “%1” could not be kept for recovery.</source>
+        <translation>The changes to “%1” could not be kept for recovery.</translation>
+    </message>
+    <message>
+        <source>A document that Lomir kept when it last stopped cannot be restored.</source>
+        <translation>A document that Lomir kept when it last stopped cannot be restored.</translation>
+    </message>
+    <message>
+        <source>Untitled</source>
+        <translation>Untitled</translation>
+    </message>
+    <message>
+        <source>Untitled %1</source>
+        <translation>Untitled %1</translation>
     </message>
 </context>
 <context>
@@ -158,7 +356,7 @@
     </message>
     <message>
         <source>The label&apos;s width and height</source>
-        <translation>The label's width and height</translation>
+        <translation>The label&apos;s width and height</translation>
     </message>
     <message>
         <source>The unit label sizes are shown and typed in</source>

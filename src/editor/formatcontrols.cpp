@@ -4,6 +4,7 @@
 #include "editor/labeltextview.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QActionGroup>
 #include <QColorDialog>
 #include <QComboBox>
@@ -71,6 +72,7 @@ QIcon drawnIcon(const std::function<void(QPainter&)>& draw)
     pixmap.fill(Qt::transparent);
     QPainter painter(&pixmap);
     painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QApplication::palette().color(QPalette::WindowText));
     draw(painter);
     return QIcon(pixmap);
 }
@@ -94,7 +96,7 @@ QIcon alignmentIcon(const QString& themeName, Qt::Alignment alignment)
     if (QIcon::hasThemeIcon(themeName))
         return QIcon::fromTheme(themeName);
     return drawnIcon([&](QPainter& painter) {
-        painter.setPen(QPen(Qt::black, 2.5));
+        painter.setPen(QPen(painter.pen().color(), 2.5));
         for (int line = 0; line < 5; ++line) {
             const int length = (alignment & Qt::AlignJustify) || line % 2 == 0 ? 24 : 16;
             int left = 4;

@@ -62,7 +62,7 @@ class TestLabelView : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    // --- Centring -----------------------------------------------------------------------
+    // --- Centring ---
 
     void aSmallLabelIsCentredInTheView()
     {
@@ -124,7 +124,7 @@ private Q_SLOTS:
                 view->palette().color(QPalette::Window).lightness());
     }
 
-    // --- Text -----------------------------------------------------------------------------
+    // --- Text ---
 
     void typingIsAnEditAndLoadingIsNot()
     {

@@ -16,6 +16,7 @@
 #include "layout/labeltextlayout.h"
 #include "layout/measurement.h"
 #include "layout/serialnumber.h"
+#include "support/fatalstop.h"
 
 #include <QAbstractItemView>
 #include <QAbstractTextDocumentLayout>
@@ -83,6 +84,16 @@ TextAttributes arial(double size, bool bold = false)
     return attributes;
 }
 
+void writeRecord(const QString& path, const Content& record)
+{
+    const Result<QByteArray> json = record.encode();
+    if (!json)
+        qFatal("cannot encode the record");
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(*json) != json->size())
+        qFatal("cannot write the record");
+}
+
 // One open document window with its editor, its alerts recorded.
 struct EditorWindow
 {
@@ -140,13 +151,7 @@ private:
         if (record) {
             const QString path =
                 m_files.filePath(QStringLiteral("record%1.lomir").arg(m_windows.size()));
-            const Result<QByteArray> json = record->encode();
-            if (!json)
-                qFatal("cannot encode the record");
-            QFile file(path);
-            if (!file.open(QIODevice::WriteOnly) || file.write(*json) != json->size())
-                qFatal("cannot write the record");
-            file.close();
+            writeRecord(path, *record);
             if (!opened.document->readFromFile(path, kOwnType))
                 qFatal("cannot read the record");
         }
@@ -263,8 +268,7 @@ private Q_SLOTS:
         m_windows.clear();
     }
 
-    // --- Opening a window
-    // ------------------------------------------------------------
+    // --- Opening a window ---
 
     void aNewWindowHasTheFocusInTheLabel()
     {
@@ -300,8 +304,7 @@ private Q_SLOTS:
         QVERIFY(opened.document->isModified());
     }
 
-    // --- Label sizes and units
-    // --------------------------------------------------------
+    // --- Label sizes and units ---
 
     void sizeReadoutRoundsUp_data()
     {
@@ -411,8 +414,7 @@ private Q_SLOTS:
                  QSizeF(widestLineWidth(sized), textHeight(sized, opened.textView()->textFont())));
     }
 
-    // --- Number fields
-    // ------------------------------------------------------------------
+    // --- Number fields ---
 
     void aLetterInTheQuantityIsRefusedAndTheCaretStays()
     {
@@ -530,8 +532,7 @@ private Q_SLOTS:
         QCOMPARE(opened.text().count(QLatin1Char('#')), 2);
     }
 
-    // --- Zoom
-    // ------------------------------------------------------------------------------
+    // --- Zoom ---
 
     void aZoomOf149AndAHalfShowsAt150Percent()
     {
@@ -553,7 +554,7 @@ private Q_SLOTS:
         QCOMPARE(opened.zoomLabel()->text(), QStringLiteral("Zoom (100%)"));
         CenteredClipView* view = opened.labelContainer();
         const QRectF onScreen =
-            view->mapFromScene(opened.editor->labelCell()->frame()).boundingRect();
+            view->viewportTransform().mapRect(opened.editor->labelCell()->frame());
         const double pixelsPerPoint = view->logicalDpiX() / 72.0;
         QVERIFY(std::abs(onScreen.width() - opened.editor->labelSize().width() * pixelsPerPoint) <=
                 1.0);
@@ -576,8 +577,7 @@ private Q_SLOTS:
         QCOMPARE(opened.labelContainer()->magnification(), slider->doubleValue() / 100.0);
     }
 
-    // --- The label's size and place
-    // ------------------------------------------------------
+    // --- The label's size and place ---
 
     void aResizeToTheSameSizeDoesNothing()
     {
@@ -604,7 +604,7 @@ private Q_SLOTS:
         opened.editor->actualSizeAction()->trigger();
         CenteredClipView* view = opened.labelContainer();
         const QRectF onScreen =
-            view->mapFromScene(opened.editor->labelCell()->frame()).boundingRect();
+            view->viewportTransform().mapRect(opened.editor->labelCell()->frame());
         const QPointF middle = QRectF(view->viewport()->rect()).center();
         QVERIFY2(std::abs(onScreen.center().x() - middle.x()) <= 1.0,
                  qPrintable(QStringLiteral("%1 vs %2").arg(onScreen.center().x()).arg(middle.x())));
@@ -621,8 +621,7 @@ private Q_SLOTS:
         QCOMPARE(opened.editor->labelSize(), size);
     }
 
-    // --- The centring view
-    // ---------------------------------------------------------------
+    // --- Following the caret ---
 
     void theCaretIsScrolledIntoView()
     {
@@ -638,8 +637,7 @@ private Q_SLOTS:
         QVERIFY(opened.labelContainer()->visibleRect().contains(start.center()));
     }
 
-    // --- Limits and alerts
-    // ---------------------------------------------------------------
+    // --- Limits and alerts ---
 
     void aLabelOneLineHighRefusesASecondLine()
     {
@@ -783,8 +781,7 @@ private Q_SLOTS:
             EditorAlert{QStringLiteral("Message"), QStringLiteral("Informative"), false}));
     }
 
-    // --- Appearance
-    // ----------------------------------------------------------------------
+    // --- Appearance ---
 
     void theShadowFollowsTheAppearanceSetting()
     {
@@ -801,8 +798,108 @@ private Q_SLOTS:
         QVERIFY(labelShadowColour(false).rgb() != QColor(Qt::black).rgb());
     }
 
-    // --- Editing
-    // -------------------------------------------------------------------------
+    // One label shown in the light and the dark appearance at 100% and 500%. The card is
+    // white and centred in both, with a gray shadow in the light appearance and a black
+    // one in the dark. With LOMIR_SCREENSHOT_DIR set, the windows are saved there.
+    void screenshotsOfOneLabel_data()
+    {
+        QTest::addColumn<bool>("dark");
+        QTest::addColumn<double>("zoom");
+        QTest::newRow("light 100%") << false << 100.0;
+        QTest::newRow("light 500%") << false << 500.0;
+        QTest::newRow("dark 100%") << true << 100.0;
+        QTest::newRow("dark 500%") << true << 500.0;
+    }
+
+    void screenshotsOfOneLabel()
+    {
+        QFETCH(bool, dark);
+        QFETCH(double, zoom);
+        const QPalette light = QApplication::palette();
+        if (dark) {
+            QSettings().setValue(QString::fromLatin1(kAppearanceStyleKey), QStringLiteral("Dark"));
+            QPalette night;
+            night.setColor(QPalette::Window, QColor(45, 45, 48));
+            night.setColor(QPalette::WindowText, QColor(230, 230, 230));
+            night.setColor(QPalette::Base, QColor(30, 30, 32));
+            night.setColor(QPalette::Text, QColor(230, 230, 230));
+            night.setColor(QPalette::Button, QColor(60, 60, 64));
+            night.setColor(QPalette::ButtonText, QColor(230, 230, 230));
+            QApplication::setPalette(night);
+        }
+        Content record;
+        RichText text(QStringLiteral("Greengage Jam\n"), arial(9.0, true));
+        text.append(QStringLiteral("Batch 7, jar no. ") + placeholderUnits(3), arial(5.0));
+        record.labelText = AttributedString(text);
+        record.quantity = QStringLiteral("250");
+        record.serialStartFrom = QStringLiteral("1");
+        record.magnification = zoom;
+        const EditorWindow opened = openWindow(record);
+        opened.window->resize(900, 600);
+        QTRY_COMPARE(opened.window->size(), QSize(900, 600));
+        QCoreApplication::processEvents();
+
+        CenteredClipView* view = opened.labelContainer();
+        const QImage shown = view->viewport()->grab().toImage();
+        const double scale = view->pixelsPerPoint();
+        const QRectF card = view->viewportTransform().mapRect(opened.editor->labelCell()->frame());
+        QVERIFY(std::abs(card.width() - opened.editor->labelSize().width() * scale) <= 1.0);
+        QVERIFY(std::abs(card.center().x() - shown.width() / 2.0) <= 1.0);
+        QVERIFY(std::abs(card.center().y() - shown.height() / 2.0) <= 1.0);
+        // Inside the card's right edge it is white; below the card the shadow is darker
+        // than the background, and black in the dark appearance.
+        const QPoint inside(int(card.right()) - 2, int(card.top()) + 2);
+        QCOMPARE(shown.pixelColor(inside), QColor(Qt::white));
+        const QColor background = view->palette().color(QPalette::Window);
+        const QColor shadow = shown.pixelColor(int(card.center().x()), int(card.bottom()) + 1);
+        QVERIFY(shadow.lightness() < background.lightness());
+        if (dark)
+            QVERIFY(shadow.red() <= background.red() / 2 + 1);
+        else
+            QVERIFY(shadow.red() > 100);
+
+        const QByteArray folder = qgetenv("LOMIR_SCREENSHOT_DIR");
+        if (!folder.isEmpty()) {
+            const QString name = QStringLiteral("editor-%1-%2.png")
+                                     .arg(dark ? QStringLiteral("dark") : QStringLiteral("light"))
+                                     .arg(int(zoom));
+            QVERIFY(
+                opened.window->grab().save(QDir(QString::fromLocal8Bit(folder)).filePath(name)));
+        }
+        QApplication::setPalette(light);
+    }
+
+    // --- Deliberate stops ---
+
+    void aStoredUnitOtherThanMillimetresOrInchesStops()
+    {
+        lomir::testing::verifyStops(QStringLiteral("unit 2"),
+                                    QStringLiteral("MainViewController: the document's unit 2 "
+                                                   "is neither millimetres (0) nor inches (1)"));
+    }
+
+    void anUnreadableCustomSizeStops()
+    {
+        lomir::testing::verifyStops(
+            QStringLiteral("unreadable width"),
+            QStringLiteral("MainViewController: the custom size input customWidthInput holds "
+                           "no number: \"1.2.3\""));
+    }
+
+    void savingWithoutASelectedSpacingStops()
+    {
+        lomir::testing::verifyStops(
+            QStringLiteral("spacing 5"),
+            QStringLiteral("MainViewController: the popup outputSpacingDropdown has no selected "
+                           "item"));
+    }
+
+    void aReadableRecordOpensAndSaves()
+    {
+        lomir::testing::verifyRunsToEnd(QStringLiteral("readable"));
+    }
+
+    // --- Editing ---
 
     void theEditMenuUndoesAndRedoes()
     {
@@ -862,8 +959,7 @@ private Q_SLOTS:
         }
     }
 
-    // --- Saving and reopening
-    // ---------------------------------------------------------------
+    // --- Saving and reopening ---
 
     void everyControlSurvivesSavingAndReopening()
     {
@@ -946,5 +1042,35 @@ private Q_SLOTS:
 
 } // namespace
 
-QTEST_MAIN(TestMainViewController)
+// Opens a window on a record that the editor cannot take, in a child process.
+int runFatalCase(const char* name)
+{
+    QStandardPaths::setTestModeEnabled(true);
+    Content record;
+    if (qstrcmp(name, "unit 2") == 0) {
+        record.metric = 2;
+    } else if (qstrcmp(name, "unreadable width") == 0) {
+        record.dimensions = 1;
+        record.width = QStringLiteral("1.2.3");
+    } else if (qstrcmp(name, "spacing 5") == 0) {
+        record.outputSpacing = 5;
+    } else if (qstrcmp(name, "readable") != 0) {
+        return 2;
+    }
+    QTemporaryDir files;
+    const QString path = files.filePath(QStringLiteral("case.lomir"));
+    writeRecord(path, record);
+    auto* window = instantiateController<CascadingWindowController>(kDocumentWindowScene);
+    auto* document = new Document(window);
+    if (!document->readFromFile(path, kOwnType))
+        return 3;
+    window->setDocument(document, nullptr);
+    window->show();
+    // Saving reads every control back.
+    const Content saved = window->editor()->currentRecord();
+    delete window;
+    return saved.quantity == record.quantity ? 0 : 4;
+}
+
+LOMIR_TEST_MAIN_WITH_FATAL_CASES(QApplication, TestMainViewController)
 #include "tst_mainviewcontroller.moc"
