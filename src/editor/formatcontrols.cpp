@@ -4,8 +4,8 @@
 #include "editor/labeltextview.h"
 
 #include <QAction>
-#include <QApplication>
 #include <QActionGroup>
+#include <QApplication>
 #include <QColorDialog>
 #include <QComboBox>
 #include <QDoubleValidator>
@@ -132,6 +132,26 @@ QAction* checkableAction(const QIcon& icon, const QString& text, const QKeySeque
                                           : QStringLiteral("%1 (%2)").arg(
                                                 text, shortcut.toString(QKeySequence::NativeText)));
     return action;
+}
+
+// What a format shows of its font and colour, the text system's defaults where it has
+// none of its own.
+QString familyOf(const QTextCharFormat& format)
+{
+    const QStringList families = format.fontFamilies().toStringList();
+    return families.isEmpty() ? defaultFont().family : families.first();
+}
+
+double pointSizeOf(const QTextCharFormat& format)
+{
+    return format.hasProperty(QTextFormat::FontPointSize) ? format.fontPointSize()
+                                                          : defaultFont().pointSize;
+}
+
+QColor colourOf(const QTextCharFormat& format)
+{
+    return format.hasProperty(QTextFormat::ForegroundBrush) ? format.foreground().color()
+                                                            : QColor(Qt::black);
 }
 
 QString sizeText(double pointSize)
@@ -302,10 +322,7 @@ void FormatControls::showCurrentFormat()
     m_italic->setChecked(format.fontItalic());
     m_underline->setChecked(format.fontUnderline());
     m_strikethrough->setChecked(format.fontStrikeOut());
-    const QColor colour = format.hasProperty(QTextFormat::ForegroundBrush)
-                              ? format.foreground().color()
-                              : QColor(Qt::black);
-    m_colour->setIcon(colourIcon(colour));
+    m_colour->setIcon(colourIcon(colourOf(format)));
     alignmentAction(m_textView->currentAlignment())->setChecked(true);
 }
 
@@ -329,11 +346,8 @@ void FormatControls::applySize(const QString& text)
 
 void FormatControls::chooseColour()
 {
-    const QTextCharFormat current = m_textView->currentCharFormat();
-    const QColor initial = current.hasProperty(QTextFormat::ForegroundBrush)
-                               ? current.foreground().color()
-                               : QColor(Qt::black);
-    const QColor colour = QColorDialog::getColor(initial, m_parent, tr("Text Colour"));
+    const QColor colour = QColorDialog::getColor(colourOf(m_textView->currentCharFormat()),
+                                                 m_parent, tr("Text Colour"));
     if (!colour.isValid())
         return;
     QTextCharFormat format;
@@ -345,11 +359,8 @@ void FormatControls::chooseFont()
 {
     const QTextCharFormat current = m_textView->currentCharFormat();
     QFont initial = current.font();
-    const QStringList families = current.fontFamilies().toStringList();
-    initial.setFamily(families.isEmpty() ? defaultFont().family : families.first());
-    initial.setPointSizeF(current.hasProperty(QTextFormat::FontPointSize)
-                              ? current.fontPointSize()
-                              : defaultFont().pointSize);
+    initial.setFamily(familyOf(current));
+    initial.setPointSizeF(pointSizeOf(current));
     bool accepted = false;
     const QFont font = QFontDialog::getFont(&accepted, initial, m_parent, tr("Font"));
     if (!accepted)

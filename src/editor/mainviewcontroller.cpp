@@ -157,54 +157,17 @@ void MainViewController::setUpAppearance()
 
 void MainViewController::createActions()
 {
-    m_undo = new QAction(tr("&Undo"), this);
-    m_undo->setShortcut(QKeySequence::Undo);
-    connect(m_undo, &QAction::triggered, this, [this] {
-        if (QLineEdit* field = focusedField())
-            field->undo();
-        else
-            textView()->undo();
-    });
-    m_redo = new QAction(tr("&Redo"), this);
-    m_redo->setShortcut(QKeySequence::Redo);
-    connect(m_redo, &QAction::triggered, this, [this] {
-        if (QLineEdit* field = focusedField())
-            field->redo();
-        else
-            textView()->redo();
-    });
-    m_cut = new QAction(tr("Cu&t"), this);
-    m_cut->setShortcut(QKeySequence::Cut);
-    connect(m_cut, &QAction::triggered, this, [this] {
-        if (QLineEdit* field = focusedField())
-            field->cut();
-        else
-            textView()->cut();
-    });
-    m_copy = new QAction(tr("&Copy"), this);
-    m_copy->setShortcut(QKeySequence::Copy);
-    connect(m_copy, &QAction::triggered, this, [this] {
-        if (QLineEdit* field = focusedField())
-            field->copy();
-        else
-            textView()->copy();
-    });
-    m_paste = new QAction(tr("&Paste"), this);
-    m_paste->setShortcut(QKeySequence::Paste);
-    connect(m_paste, &QAction::triggered, this, [this] {
-        if (QLineEdit* field = focusedField())
-            field->paste();
-        else
-            textView()->paste();
-    });
-    m_selectAll = new QAction(tr("Select &All"), this);
-    m_selectAll->setShortcut(QKeySequence::SelectAll);
-    connect(m_selectAll, &QAction::triggered, this, [this] {
-        if (QLineEdit* field = focusedField())
-            field->selectAll();
-        else
-            textView()->selectAll();
-    });
+    m_undo =
+        makeEditAction(tr("&Undo"), QKeySequence::Undo, &QLineEdit::undo, &LabelTextView::undo);
+    m_redo =
+        makeEditAction(tr("&Redo"), QKeySequence::Redo, &QLineEdit::redo, &LabelTextView::redo);
+    m_cut = makeEditAction(tr("Cu&t"), QKeySequence::Cut, &QLineEdit::cut, &LabelTextView::cut);
+    m_copy =
+        makeEditAction(tr("&Copy"), QKeySequence::Copy, &QLineEdit::copy, &LabelTextView::copy);
+    m_paste =
+        makeEditAction(tr("&Paste"), QKeySequence::Paste, &QLineEdit::paste, &LabelTextView::paste);
+    m_selectAll = makeEditAction(tr("Select &All"), QKeySequence::SelectAll, &QLineEdit::selectAll,
+                                 &LabelTextView::selectAll);
     for (QAction* action : {m_undo, m_redo, m_cut, m_copy, m_paste, m_selectAll}) {
         // The label and the fields handle these keys themselves while they have the focus.
         action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
@@ -244,6 +207,22 @@ void MainViewController::createActions()
     m_editMenu->addAction(m_paste);
     m_editMenu->addSeparator();
     m_editMenu->addAction(m_selectAll);
+}
+
+template <typename FieldCommand, typename LabelCommand>
+QAction* MainViewController::makeEditAction(const QString& text, QKeySequence::StandardKey key,
+                                            FieldCommand fieldCommand, LabelCommand labelCommand)
+{
+    // The command goes to the number field that has the focus, or else to the label.
+    auto* action = new QAction(text, this);
+    action->setShortcut(key);
+    connect(action, &QAction::triggered, this, [this, fieldCommand, labelCommand] {
+        if (QLineEdit* field = focusedField())
+            (field->*fieldCommand)();
+        else
+            (textView()->*labelCommand)();
+    });
+    return action;
 }
 
 void MainViewController::addMenus(QMenuBar* bar)

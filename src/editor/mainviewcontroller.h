@@ -4,6 +4,7 @@
 #include "document/richtext.h"
 #include "editor/metric.h"
 
+#include <QKeySequence>
 #include <QPointer>
 #include <QSizeF>
 #include <QWidget>
@@ -97,6 +98,9 @@ private:
     void viewDidLoad();
     void setUpAppearance();
     void createActions();
+    template <typename FieldCommand, typename LabelCommand>
+    QAction* makeEditAction(const QString& text, QKeySequence::StandardKey key,
+                            FieldCommand fieldCommand, LabelCommand labelCommand);
     void loadRecord(const Content& record);
     // Gives the label a size in points, trimming text that no longer fits a custom size.
     void resizeLabel(double width, double height);

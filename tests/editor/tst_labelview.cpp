@@ -5,6 +5,7 @@
 #include "editor/labeltextview.h"
 #include "layout/labeltextlayout.h"
 #include "layout/measurement.h"
+#include "support/labelfonts.h"
 
 #include <QApplication>
 #include <QGraphicsScene>
@@ -17,18 +18,9 @@
 #include <memory>
 
 using namespace lomir;
+using lomir::testing::arial;
 
 namespace {
-
-TextAttributes arial(double size, bool bold = false)
-{
-    TextAttributes attributes;
-    // With the PostScript name the label's archive gives it.
-    attributes.font = FontSpec{QStringLiteral("Arial"),
-                               bold ? QStringLiteral("Arial-BoldMT") : QStringLiteral("ArialMT"),
-                               size, bold, false};
-    return attributes;
-}
 
 // A view showing a label cell of the frame, one screen pixel per point, focused.
 std::unique_ptr<CenteredClipView> viewOfLabel(const QRectF& frame, const QMarginsF& insets = {})

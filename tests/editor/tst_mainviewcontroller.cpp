@@ -17,6 +17,7 @@
 #include "layout/measurement.h"
 #include "layout/serialnumber.h"
 #include "support/fatalstop.h"
+#include "support/labelfonts.h"
 
 #include <QAbstractItemView>
 #include <QAbstractTextDocumentLayout>
@@ -45,6 +46,7 @@
 #include <memory>
 
 using namespace lomir;
+using lomir::testing::arial;
 
 namespace {
 
@@ -72,16 +74,6 @@ public:
 QString placeholderUnits(int units)
 {
     return serialPlaceholder(units);
-}
-
-TextAttributes arial(double size, bool bold = false)
-{
-    TextAttributes attributes;
-    // With the PostScript name the label's archive gives it.
-    attributes.font = FontSpec{QStringLiteral("Arial"),
-                               bold ? QStringLiteral("Arial-BoldMT") : QStringLiteral("ArialMT"),
-                               size, bold, false};
-    return attributes;
 }
 
 void writeRecord(const QString& path, const Content& record)
@@ -145,28 +137,29 @@ private:
     // active, its keyboard focus where the window puts it.
     EditorWindow openWindow(const std::optional<Content>& record = std::nullopt)
     {
-        EditorWindow opened;
-        opened.window = instantiateController<CascadingWindowController>(kDocumentWindowScene);
-        opened.document = new Document(opened.window);
-        if (record) {
-            const QString path =
-                m_files.filePath(QStringLiteral("record%1.lomir").arg(m_windows.size()));
-            writeRecord(path, *record);
-            if (!opened.document->readFromFile(path, kOwnType))
-                qFatal("cannot read the record");
-        }
-        return show(opened);
+        if (!record)
+            return show(newWindow());
+        const QString path =
+            m_files.filePath(QStringLiteral("record%1.lomir").arg(m_windows.size()));
+        writeRecord(path, *record);
+        return openFile(path, kOwnType);
     }
 
     EditorWindow openFile(const QString& path, const QString& typeName)
     {
-        EditorWindow opened;
-        opened.window = instantiateController<CascadingWindowController>(kDocumentWindowScene);
-        opened.document = new Document(opened.window);
+        EditorWindow opened = newWindow();
         const Status read = opened.document->readFromFile(path, typeName);
         if (!read)
             qFatal("cannot read %s: %s", qPrintable(path), qPrintable(read.error().message));
         return show(opened);
+    }
+
+    static EditorWindow newWindow()
+    {
+        EditorWindow made;
+        made.window = instantiateController<CascadingWindowController>(kDocumentWindowScene);
+        made.document = new Document(made.window);
+        return made;
     }
 
     EditorWindow show(EditorWindow opened)
