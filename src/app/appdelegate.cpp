@@ -16,9 +16,20 @@ namespace lomir {
 
 AppDelegate::AppDelegate(QObject* parent)
     : QObject(parent),
-      m_dialogs(std::make_unique<DocumentDialogs>(
+      m_ownDialogs(std::make_unique<DocumentDialogs>(
           [this](const Document* document) -> QWidget* { return windowFor(document); })),
-      m_documents(std::make_unique<DocumentController>(*m_dialogs))
+      m_documents(std::make_unique<DocumentController>(*m_ownDialogs))
+{
+    connectDocumentController();
+}
+
+AppDelegate::AppDelegate(DocumentUserInterface& userInterface, QObject* parent)
+    : QObject(parent), m_documents(std::make_unique<DocumentController>(userInterface))
+{
+    connectDocumentController();
+}
+
+void AppDelegate::connectDocumentController()
 {
     connect(m_documents.get(), &DocumentController::documentAdded, this,
             &AppDelegate::makeWindowControllers);

@@ -14,6 +14,7 @@ class CascadingWindowController;
 class Document;
 class DocumentController;
 class DocumentDialogs;
+class DocumentUserInterface;
 
 // The application's own duties: at launch it writes the font size list and opens the
 // documents; it gives every document a window and carries out the commands that are
@@ -24,7 +25,10 @@ class AppDelegate : public QObject
     Q_OBJECT
 
 public:
+    // Asks the user with dialogs.
     explicit AppDelegate(QObject* parent = nullptr);
+    // Asks the user through the given interface, which must outlive the delegate.
+    explicit AppDelegate(DocumentUserInterface& userInterface, QObject* parent = nullptr);
     ~AppDelegate() override;
 
     // Writes the font size list, then brings back recovered documents and opens the
@@ -43,10 +47,11 @@ public:
     void showAbout();
 
 private:
+    void connectDocumentController();
     void makeWindowControllers(Document* document);
     void fillOpenRecentMenu(QMenu* menu);
 
-    std::unique_ptr<DocumentDialogs> m_dialogs;
+    std::unique_ptr<DocumentDialogs> m_ownDialogs;
     std::unique_ptr<DocumentController> m_documents;
 };
 

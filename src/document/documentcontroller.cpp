@@ -219,30 +219,39 @@ bool DocumentController::revertDocument(Document& document)
     return true;
 }
 
+bool DocumentController::settleUnsavedChanges(Document& document)
+{
+    if (!document.isModified())
+        return true;
+    switch (m_userInterface.askToSaveChanges(document)) {
+    case SaveChangesAnswer::Cancel:
+        return false;
+    case SaveChangesAnswer::Save:
+        return saveDocument(document);
+    case SaveChangesAnswer::DontSave:
+        return true;
+    }
+    return false;
+}
+
 bool DocumentController::closeDocument(Document& document)
 {
-    if (document.isModified()) {
-        switch (m_userInterface.askToSaveChanges(document)) {
-        case SaveChangesAnswer::Cancel:
-            return false;
-        case SaveChangesAnswer::Save:
-            if (!saveDocument(document))
-                return false;
-            break;
-        case SaveChangesAnswer::DontSave:
-            break;
-        }
-    }
+    if (!settleUnsavedChanges(document))
+        return false;
     removeDocument(document);
     return true;
 }
 
 bool DocumentController::closeAllDocuments()
 {
-    for (Document* document : documents()) {
-        if (!closeDocument(*document))
+    // Every question first: cancelling any of them keeps every document open.
+    const std::vector<Document*> open = documents();
+    for (Document* document : open) {
+        if (!settleUnsavedChanges(*document))
             return false;
     }
+    for (Document* document : open)
+        removeDocument(*document);
     return true;
 }
 

@@ -110,7 +110,8 @@ public:
     // Closes the document, asking first about unsaved changes. Returns false when the
     // user cancels or the save they asked for fails; the document then stays open.
     bool closeDocument(Document& document);
-    // Closes every document, asking for each; stops at the first that stays open.
+    // Closes every document after asking about each one with unsaved changes. When the
+    // user cancels, or a save they asked for fails, every document stays open.
     bool closeAllDocuments();
 
     // Writes the document's edits now: titled documents into their own file,
@@ -141,6 +142,8 @@ private:
     struct Entry;
 
     Entry* entryFor(const Document& document) const;
+    // Asks about unsaved changes and saves when told to; false means keep it open.
+    bool settleUnsavedChanges(Document& document);
     Document* addDocument(std::unique_ptr<Document> document, QString recoveryKey = {});
     void removeDocument(Document& document);
     QString nextUntitledName() const;

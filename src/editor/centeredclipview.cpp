@@ -108,20 +108,34 @@ void CenteredClipView::showBounds(const QRectF& proposed)
     // Scroll bars that come or go change the viewport's size, and with it what can be
     // shown; a second pass settles it.
     for (int pass = 0; pass < 3; ++pass) {
-        const QRectF frame = m_cell->frame();
-        const QRectF bounds = constrainBoundsRect(wanted, m_shownWidth, frame, m_contentInsets,
-                                                  true, scale * devicePixelRatioF());
-        // The scene reaches as far as the padded label and what is shown: scrolling is
-        // possible exactly where the label is larger than the view.
-        setSceneRect(bounds.united(frame.marginsAdded(m_contentInsets)));
-        horizontalScrollBar()->setValue(int(std::lround(bounds.left() * scale)));
-        verticalScrollBar()->setValue(int(std::lround(bounds.top() * scale)));
+        const QRectF padded = m_cell->frame().marginsAdded(m_contentInsets);
+        const QRectF bounds = constrainBoundsRect(wanted, m_shownWidth, m_cell->frame(),
+                                                  m_contentInsets, true, scale * devicePixelRatioF());
+        const QSize viewportSize = viewport()->size();
+        const double left = std::round(bounds.left() * scale);
+        const double top = std::round(bounds.top() * scale);
+        // The scene reaches as far as the padded label and what is shown, so scrolling is
+        // possible exactly where the label is larger than the view. Where it fits, the
+        // scene is what is shown, half a pixel smaller so that rounding never asks for a
+        // scroll bar, and its edge a quarter pixel out, where Qt's truncation to whole
+        // pixels lands on the edge.
+        QRectF scene = bounds.united(padded);
+        if (padded.width() <= bounds.width()) {
+            scene.setLeft((left + std::copysign(0.25, left)) / scale);
+            scene.setWidth((viewportSize.width() - 0.5) / scale);
+        }
+        if (padded.height() <= bounds.height()) {
+            scene.setTop((top + std::copysign(0.25, top)) / scale);
+            scene.setHeight((viewportSize.height() - 0.5) / scale);
+        }
+        setSceneRect(scene);
+        horizontalScrollBar()->setValue(int(left));
+        verticalScrollBar()->setValue(int(top));
         m_shownWidth = bounds.width();
-        const QSizeF shown = QSizeF(viewport()->size()) / scale;
-        if (std::abs(shown.width() - bounds.width()) * scale < 0.5 &&
-            std::abs(shown.height() - bounds.height()) * scale < 0.5)
+        if (viewport()->size() == viewportSize)
             break;
-        wanted = QRectF(bounds.topLeft(), shown);
+        // Scroll bars came or went: place the label again in what is now shown.
+        wanted = QRectF(QPointF(0.0, 0.0), QSizeF(viewport()->size()) / scale);
         wanted.moveCenter(bounds.center());
     }
     m_settingBounds = false;

@@ -27,6 +27,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QSettings>
+#include <QTextCursor>
 #include <QToolBar>
 #include <algorithm>
 #include <array>
@@ -279,7 +280,12 @@ void MainViewController::viewDidAppear()
 
 void MainViewController::loadRecord(const Content& record)
 {
-    textView()->replaceText(record.labelText.nsAttributedString());
+    LabelTextView* text = textView();
+    text->replaceText(record.labelText.nsAttributedString());
+    // Typing into an opened label goes on from its end.
+    QTextCursor caret = text->textCursor();
+    caret.movePosition(QTextCursor::End);
+    text->setTextCursor(caret);
     m_ui->quantityField->setText(record.quantity);
     m_ui->serialStartFromField->setText(record.serialStartFrom.value_or(QStringLiteral("0")));
     m_ui->customWidthInput->setText(record.width);

@@ -152,8 +152,8 @@ private Q_SLOTS:
             << QStringLiteral("/a/label.txt") << ownType() << QString(kPlainTextType);
         QTest::newRow("rtf extension in capitals")
             << QStringLiteral("/a/LABEL.RTF") << ownType() << QString(kRtfType);
-        QTest::newRow("no extension") << QStringLiteral("/a/label") << QString(kRtfType)
-                                      << QString(kRtfType);
+        QTest::newRow("no extension")
+            << QStringLiteral("/a/label") << QString(kRtfType) << QString(kRtfType);
         QTest::newRow("unknown extension")
             << QStringLiteral("/a/label.v2") << QString(kPlainTextType) << QString(kPlainTextType);
     }
@@ -296,7 +296,7 @@ private Q_SLOTS:
         FakeEditor editor(*document);
         editor.type(QStringLiteral("Fig"));
 
-        userInterface.saveDestinations.push_back(std::nullopt);
+        userInterface.saveDestinations.push_back(SaveDestination{});
         QVERIFY(!controller.saveDocument(*document));
         QVERIFY(document->isModified());
 
@@ -374,7 +374,7 @@ private Q_SLOTS:
 
         // Save, then cancel the destination: the document stays.
         userInterface.saveChangesAnswers.push_back(SaveChangesAnswer::Save);
-        userInterface.saveDestinations.push_back(std::nullopt);
+        userInterface.saveDestinations.push_back(SaveDestination{});
         QVERIFY(!controller.closeDocument(*document));
         QCOMPARE(controller.documents().size(), std::size_t(1));
 
@@ -393,23 +393,30 @@ private Q_SLOTS:
         QCOMPARE(userInterface.unexpectedQuestions, 0);
     }
 
-    void closingEverythingStopsAtTheFirstCancel()
+    void closingEverythingAsksAboutEachEditedDocumentAndACancelKeepsAllOpen()
     {
         ScriptedUserInterface userInterface;
         DocumentController controller(userInterface, recoveryRoot(), kQuickTiming);
         Document* first = controller.newDocument();
         Document* second = controller.newDocument();
         Document* third = controller.newDocument();
+        Document* untouched = controller.newDocument();
         first->updateChangeCount();
         second->updateChangeCount();
         third->updateChangeCount();
         userInterface.saveChangesAnswers = {SaveChangesAnswer::DontSave, SaveChangesAnswer::Cancel};
         QVERIFY(!controller.closeAllDocuments());
-        QCOMPARE(controller.documents(), (std::vector<Document*>{second, third}));
-        userInterface.saveChangesAnswers = {SaveChangesAnswer::DontSave,
-                                            SaveChangesAnswer::DontSave};
+        QCOMPARE(controller.documents(), (std::vector<Document*>{first, second, third, untouched}));
+        QCOMPARE(userInterface.askedToSaveChanges,
+                 (QStringList{QStringLiteral("Untitled"), QStringLiteral("Untitled 2")}));
+
+        userInterface.askedToSaveChanges.clear();
+        userInterface.saveChangesAnswers = {
+            SaveChangesAnswer::DontSave, SaveChangesAnswer::DontSave, SaveChangesAnswer::DontSave};
         QVERIFY(controller.closeAllDocuments());
         QVERIFY(controller.documents().empty());
+        QCOMPARE(userInterface.askedToSaveChanges.size(), 3);
+        QCOMPARE(userInterface.unexpectedQuestions, 0);
     }
 
     void revertingAsksAndReadsTheFileAgain()

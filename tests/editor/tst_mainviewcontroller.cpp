@@ -289,6 +289,15 @@ private Q_SLOTS:
         QVERIFY(!opened.document->isModified());
     }
 
+    void typingInAnOpenedLabelGoesOnFromItsEnd()
+    {
+        Content record;
+        record.labelText = AttributedString(RichText(QStringLiteral("Plum"), arial(6.0)));
+        const EditorWindow opened = openWindow(record);
+        QTest::keyClicks(QApplication::focusWidget(), QStringLiteral(" jam"));
+        QCOMPARE(opened.editor->labelText(), RichText(QStringLiteral("Plum jam"), arial(6.0)));
+    }
+
     void typingInAnEmptyLabelUsesArial4()
     {
         const EditorWindow opened = openWindow();

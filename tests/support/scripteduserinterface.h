@@ -27,7 +27,7 @@ public:
     // Answers, taken in order; a question without a scripted answer fails the test's
     // expectations by cancelling and is counted in unexpectedQuestions.
     std::deque<SaveChangesAnswer> saveChangesAnswers;
-    std::deque<std::optional<SaveDestination>> saveDestinations;
+    std::deque<SaveDestination> saveDestinations; // an empty path cancels
     std::deque<QStringList> filesToOpen;
     std::deque<bool> revertAnswers;
 
@@ -47,7 +47,10 @@ public:
     std::optional<SaveDestination> askSaveDestination(const Document& document) override
     {
         askedForDestination.append(document.displayName());
-        return take(saveDestinations, std::optional<SaveDestination>());
+        const SaveDestination destination = take(saveDestinations, SaveDestination());
+        if (destination.path.isEmpty())
+            return std::nullopt;
+        return destination;
     }
 
     QStringList askFilesToOpen() override { return take(filesToOpen, QStringList()); }
