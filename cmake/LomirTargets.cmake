@@ -15,6 +15,17 @@ function(lomir_public_headers target)
   target_include_directories(${target} PUBLIC ${include_dir})
 endfunction()
 
+# lomir_add_library(TARGET SOURCES file... PUBLIC_HEADERS header... PRIVATE_HEADERS header...)
+# A static library of our own: built with our warnings, its own sources reach all its
+# headers, the code that links it only the public ones.
+function(lomir_add_library target)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;PUBLIC_HEADERS;PRIVATE_HEADERS")
+  add_library(${target} STATIC ${arg_SOURCES} ${arg_PUBLIC_HEADERS} ${arg_PRIVATE_HEADERS})
+  lomir_public_headers(${target} ${arg_PUBLIC_HEADERS})
+  target_include_directories(${target} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+  target_link_libraries(${target} PRIVATE lomir_warnings)
+endfunction()
+
 # Collects every target that TARGET links, directly or through other targets.
 function(_lomir_linked_targets target result)
   set(seen ${${result}})

@@ -73,18 +73,15 @@ void CascadingWindowController::createMenus()
     m_aboutAction->setMenuRole(QAction::AboutRole);
 
     connect(m_closeAction, &QAction::triggered, this, &QWidget::close);
-    connect(m_saveAction, &QAction::triggered, this, [this] {
-        if (m_document && m_controller)
-            m_controller->saveDocument(*m_document);
-    });
-    connect(m_saveAsAction, &QAction::triggered, this, [this] {
-        if (m_document && m_controller)
-            m_controller->saveDocumentAs(*m_document);
-    });
-    connect(m_revertAction, &QAction::triggered, this, [this] {
-        if (m_document && m_controller)
-            m_controller->revertDocument(*m_document);
-    });
+    const auto carryOut = [this](QAction* action, bool (DocumentController::*command)(Document&)) {
+        connect(action, &QAction::triggered, this, [this, command] {
+            if (m_document && m_controller)
+                (m_controller->*command)(*m_document);
+        });
+    };
+    carryOut(m_saveAction, &DocumentController::saveDocument);
+    carryOut(m_saveAsAction, &DocumentController::saveDocumentAs);
+    carryOut(m_revertAction, &DocumentController::revertDocument);
 }
 
 void CascadingWindowController::setDocument(Document* document, DocumentController* controller)

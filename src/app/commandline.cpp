@@ -4,6 +4,7 @@
 #include "document/documentfile.h"
 #include "document/documentformats.h"
 
+#include <QCoreApplication>
 #include <QTextStream>
 #include <nlohmann/json.hpp>
 
@@ -13,9 +14,14 @@ namespace {
 
 using OrderedJson = nlohmann::ordered_json;
 
+struct CommandLine
+{
+    Q_DECLARE_TR_FUNCTIONS(CommandLine)
+};
+
 QString usage()
 {
-    return QStringLiteral(
+    return CommandLine::tr(
         "Usage:\n"
         "  lomir [FILE...]          open the label editor with these files, or a new label\n"
         "  lomir convert IN OUT     convert a label between .lomir, .txt and .rtf\n"
@@ -134,7 +140,7 @@ Result<QString> typeOfArgument(const QString& path)
     const QString type = typeForFileName(path);
     if (type.isEmpty())
         return Error{QString(kUsageErrorDomain), kExitUsage,
-                     QStringLiteral("Cannot tell the type of “%1”: name it .lomir, .txt or .rtf.")
+                     CommandLine::tr("Cannot tell the type of “%1”: name it .lomir, .txt or .rtf.")
                          .arg(path)};
     return type;
 }
@@ -205,12 +211,12 @@ int runCommandLine(const QStringList& arguments, QTextStream& out, QTextStream& 
         return inspect(arguments[1], out, err);
 
     if (command == u"convert" || command == u"inspect")
-        err << QStringLiteral("“%1” takes %2; see “lomir --help”.\n")
-                   .arg(command, command == u"convert"
-                                     ? QStringLiteral("an input and an output file")
-                                     : QStringLiteral("one file"));
+        err << (command == u"convert"
+                    ? CommandLine::tr("“convert” takes an input and an output file; see "
+                                      "“lomir --help”.\n")
+                    : CommandLine::tr("“inspect” takes one file; see “lomir --help”.\n"));
     else
-        err << QStringLiteral("Unknown command “%1”; see “lomir --help”.\n").arg(command);
+        err << CommandLine::tr("Unknown command “%1”; see “lomir --help”.\n").arg(command);
     return kExitUsage;
 }
 

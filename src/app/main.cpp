@@ -41,7 +41,6 @@ int main(int argc, char* argv[])
 
     QApplication application(argc, argv);
     nameApplication();
-    QGuiApplication::setDesktopFileName(QStringLiteral("com.brenvik.lomir"));
     lomir::installTranslations(application);
     lomir::AppDelegate delegate;
     QStringList files = QCoreApplication::arguments();

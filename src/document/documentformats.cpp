@@ -2,6 +2,7 @@
 
 #include "document/rtf.h"
 
+#include <QCoreApplication>
 #include <QFileInfo>
 #include <QStringDecoder>
 
@@ -9,11 +10,16 @@ namespace lomir {
 
 namespace {
 
+struct DocumentFormats
+{
+    Q_DECLARE_TR_FUNCTIONS(DocumentFormats)
+};
+
 Error unsupportedType(const QString& typeName)
 {
-    return Error{
-        QString(kOSStatusErrorDomain), kUnsupportedTypeError,
-        QStringLiteral("Lomir cannot read or write documents of the type “%1”.").arg(typeName)};
+    return Error{QString(kOSStatusErrorDomain), kUnsupportedTypeError,
+                 DocumentFormats::tr("Lomir cannot read or write documents of the type “%1”.")
+                     .arg(typeName)};
 }
 
 Result<QString> decodeUtf8(const QByteArray& data)
@@ -22,7 +28,7 @@ Result<QString> decodeUtf8(const QByteArray& data)
     QString text = decoder(data);
     if (decoder.hasError())
         return Error{QString(kUnreadableTextDomain), kPlainTextNotUtf8,
-                     QStringLiteral("The file is not UTF-8 text.")};
+                     DocumentFormats::tr("The file is not UTF-8 text.")};
     return text;
 }
 

@@ -2,6 +2,7 @@
 // virtual display of the test's own, typed into with xdotool, killed and started again.
 
 #include "document/content.h"
+#include "support/files.h"
 #include "support/virtualdisplay.h"
 
 #include <QClipboard>
@@ -16,7 +17,9 @@
 #include <cstring>
 
 using namespace lomir;
+using testing::readFile;
 using testing::VirtualDisplay;
+using testing::writeFile;
 
 namespace {
 
@@ -34,18 +37,6 @@ int printClipboard(int argc, char* argv[])
     return 0;
 }
 
-QByteArray readAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool writeAll(const QString& path, const QByteArray& data)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size();
-}
-
 // The label texts of the copies in the recovery folder below the data folder.
 QStringList recoveredTexts(const QString& dataHome)
 {
@@ -53,7 +44,7 @@ QStringList recoveredTexts(const QString& dataHome)
     QDirIterator it(dataHome, {QStringLiteral("*.lomir")}, QDir::Files,
                     QDirIterator::Subdirectories);
     while (it.hasNext()) {
-        const Result<Content> record = Content::decode(readAll(it.next()));
+        const Result<Content> record = Content::decode(readFile(it.next()));
         if (record)
             texts.append(record->labelText.nsAttributedString().string());
     }
@@ -162,7 +153,7 @@ private Q_SLOTS:
     void aTitledDocumentsFileHoldsAnEditWithinFiveSeconds()
     {
         const QString file = m_home->filePath(QStringLiteral("label.txt"));
-        QVERIFY(writeAll(file, "Gooseberry"));
+        QVERIFY(writeFile(file, "Gooseberry"));
         QProcess lomir;
         startLomir(lomir, {file});
         const std::optional<QString> window =
@@ -175,7 +166,7 @@ private Q_SLOTS:
                                     QStringLiteral("20"), QStringLiteral(" fool")}));
         QElapsedTimer sinceLastKey;
         sinceLastKey.start();
-        QTRY_COMPARE_WITH_TIMEOUT(readAll(file), QByteArray("Gooseberry fool"), 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(readFile(file), QByteArray("Gooseberry fool"), 5000);
         QVERIFY2(sinceLastKey.elapsed() <= 5000,
                  qPrintable(QString::number(sinceLastKey.elapsed())));
         // Written in place: nothing waits in the recovery folder.

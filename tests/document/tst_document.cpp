@@ -1,6 +1,8 @@
 #include "document/document.h"
 #include "document/documentformats.h"
 #include "support/fatalstop.h"
+#include "support/files.h"
+#include "support/records.h"
 
 #include <QFile>
 #include <QSignalSpy>
@@ -9,27 +11,15 @@
 #include <cstring>
 
 using namespace lomir;
+using testing::compareRecords;
+using testing::readFile;
+using testing::writeFile;
 
 namespace {
 
 Content defaults()
 {
     return Content();
-}
-
-void compareRecords(const Content& actual, const Content& expected)
-{
-    QCOMPARE(actual.labelText.nsAttributedString(), expected.labelText.nsAttributedString());
-    QCOMPARE(actual.quantity, expected.quantity);
-    QCOMPARE(actual.serialStartFrom, expected.serialStartFrom);
-    QCOMPARE(actual.width, expected.width);
-    QCOMPARE(actual.height, expected.height);
-    QCOMPARE(actual.dimensions, expected.dimensions);
-    QCOMPARE(actual.metric, expected.metric);
-    QCOMPARE(actual.magnification, expected.magnification);
-    QCOMPARE(actual.outputSpacing, expected.outputSpacing);
-    QCOMPARE(actual.frameWidth, expected.frameWidth);
-    QCOMPARE(actual.frameHeight, expected.frameHeight);
 }
 
 RichText boldLabel(const QString& text)
@@ -70,18 +60,6 @@ Content editedRecord()
     return record;
 }
 
-QByteArray readAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool writeAll(const QString& path, const QByteArray& data)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size();
-}
-
 QString ownType()
 {
     return QString(kLomirDocumentType);
@@ -94,22 +72,22 @@ int runFatalCase(const char* name)
     Document document;
     if (std::strcmp(name, "plainTextNotUtf8") == 0) {
         const QString path = dir.filePath(QStringLiteral("latin1.txt"));
-        writeAll(path, "caf\xE9");
+        writeFile(path, "caf\xE9");
         (void)document.readFromFile(path, QString(kPlainTextType));
     } else if (std::strcmp(name, "rtfUnreadable") == 0) {
         const QString path = dir.filePath(QStringLiteral("broken.rtf"));
-        writeAll(path, "this is not RTF");
+        writeFile(path, "this is not RTF");
         (void)document.readFromFile(path, QString(kRtfType));
     } else if (std::strcmp(name, "revertToTextNoLongerUtf8") == 0) {
         const QString path = dir.filePath(QStringLiteral("label.txt"));
-        writeAll(path, "caf\xC3\xA9");
+        writeFile(path, "caf\xC3\xA9");
         if (!document.readFromFile(path, QString(kPlainTextType)))
             return 3;
-        writeAll(path, "caf\xE9");
+        writeFile(path, "caf\xE9");
         (void)document.revertToSaved();
     } else if (std::strcmp(name, "utf8Text") == 0) {
         const QString path = dir.filePath(QStringLiteral("label.txt"));
-        writeAll(path, "caf\xC3\xA9");
+        writeFile(path, "caf\xC3\xA9");
         if (!document.readFromFile(path, QString(kPlainTextType)))
             return 3;
     } else {
@@ -132,7 +110,7 @@ private:
     QString writeOwnTypeFile(const QString& name, const Content& record)
     {
         const QString file = path(name);
-        writeAll(file, dataOfType(record, ownType()).value());
+        writeFile(file, dataOfType(record, ownType()).value());
         return file;
     }
 
@@ -176,7 +154,7 @@ private Q_SLOTS:
     void plainTextOpensWithTheFilesTextAndDefaultSettings()
     {
         const QString file = path(QStringLiteral("jar.txt"));
-        QVERIFY(writeAll(file, "Apricot\nbest before 2027 \xE2\x82\xAC"));
+        QVERIFY(writeFile(file, "Apricot\nbest before 2027 \xE2\x82\xAC"));
         Document document;
         QVERIFY(document.readFromFile(file, QString(kPlainTextType)));
         Content expected;
@@ -200,7 +178,7 @@ private Q_SLOTS:
 
         QVERIFY(document.saveToFile(file, ownType()));
         QVERIFY(!document.isModified());
-        const Result<Content> written = Content::decode(readAll(file));
+        const Result<Content> written = Content::decode(readFile(file));
         QVERIFY(written.ok());
         compareRecords(*written, editedRecord());
         compareRecords(document.content(), storedRecord());
@@ -213,7 +191,7 @@ private Q_SLOTS:
             writeOwnTypeFile(QStringLiteral("plain-save.lomir"), storedRecord()), ownType()));
         const QString copy = path(QStringLiteral("copy.lomir"));
         QVERIFY(document.saveToFile(copy, ownType()));
-        compareRecords(Content::decode(readAll(copy)).value(), storedRecord());
+        compareRecords(Content::decode(readFile(copy)).value(), storedRecord());
         QCOMPARE(document.filePath(), copy);
     }
 
@@ -224,7 +202,7 @@ private Q_SLOTS:
         QSignalSpy pathChanges(&document, &Document::filePathChanged);
         const QString file = path(QStringLiteral("as-text.txt"));
         QVERIFY(document.saveToFile(file, QString(kPlainTextType)));
-        QCOMPARE(readAll(file), QByteArray("Quince jelly 2026"));
+        QCOMPARE(readFile(file), QByteArray("Quince jelly 2026"));
         QCOMPARE(document.fileType(), QString(kPlainTextType));
         QCOMPARE(document.filePath(), file);
         QCOMPARE(pathChanges.count(), 1);
@@ -233,7 +211,7 @@ private Q_SLOTS:
     void aFailedSaveChangesNothing()
     {
         const QString file = writeOwnTypeFile(QStringLiteral("kept.lomir"), storedRecord());
-        const QByteArray before = readAll(file);
+        const QByteArray before = readFile(file);
         Document document;
         QVERIFY(document.readFromFile(file, ownType()));
         // A record JSON cannot hold fails while it is encoded, before the file is touched.
@@ -247,7 +225,7 @@ private Q_SLOTS:
         QVERIFY(!saved);
         QVERIFY2(saved.error().message.contains(file), qPrintable(saved.error().message));
         QVERIFY(document.isModified());
-        QCOMPARE(readAll(file), before);
+        QCOMPARE(readFile(file), before);
     }
 
     void aSaveThatCannotWriteNamesTheFileAndKeepsTheDocument()
@@ -256,7 +234,7 @@ private Q_SLOTS:
         document.updateChangeCount();
         // A file inside a file: the folder cannot exist.
         const QString blocker = path(QStringLiteral("blocker"));
-        QVERIFY(writeAll(blocker, "x"));
+        QVERIFY(writeFile(blocker, "x"));
         const QString file = blocker + QStringLiteral("/label.lomir");
         const Status saved = document.saveToFile(file, ownType());
         QVERIFY(!saved);
@@ -283,7 +261,7 @@ private Q_SLOTS:
         const QString file = path(QStringLiteral("no-quantity.lomir"));
         QByteArray json = dataOfType(storedRecord(), ownType()).value();
         json.replace("\"quantity\":\"24\",", "");
-        QVERIFY(writeAll(file, json));
+        QVERIFY(writeFile(file, json));
         Document document;
         const Status read = document.readFromFile(file, ownType());
         QVERIFY(!read);
@@ -296,7 +274,7 @@ private Q_SLOTS:
     void aTypeNameInOtherLetterCaseIsRefused()
     {
         const QString file = path(QStringLiteral("case.rtf"));
-        QVERIFY(writeAll(file, "{\\rtf1 hello}"));
+        QVERIFY(writeFile(file, "{\\rtf1 hello}"));
         Document document;
         const Status read = document.readFromFile(file, QStringLiteral("public.RTF"));
         QVERIFY(!read);
@@ -307,10 +285,10 @@ private Q_SLOTS:
     void revertingReadsTheFileAgain()
     {
         const QString file = path(QStringLiteral("revert.txt"));
-        QVERIFY(writeAll(file, "first"));
+        QVERIFY(writeFile(file, "first"));
         Document document;
         QVERIFY(document.readFromFile(file, QString(kPlainTextType)));
-        QVERIFY(writeAll(file, "second"));
+        QVERIFY(writeFile(file, "second"));
         document.updateChangeCount();
         QSignalSpy reverted(&document, &Document::reverted);
         QVERIFY(document.revertToSaved());

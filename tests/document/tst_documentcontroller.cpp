@@ -3,6 +3,8 @@
 #include "document/documentcontroller.h"
 #include "document/documentformats.h"
 #include "support/fatalstop.h"
+#include "support/files.h"
+#include "support/records.h"
 #include "support/scripteduserinterface.h"
 
 #include <QDir>
@@ -16,7 +18,10 @@
 #include <cstring>
 
 using namespace lomir;
+using testing::labelTextOf;
+using testing::readFile;
 using testing::ScriptedUserInterface;
+using testing::writeFile;
 
 namespace {
 
@@ -32,29 +37,12 @@ QString ownType()
     return QString(kLomirDocumentType);
 }
 
-QByteArray readAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool writeAll(const QString& path, const QByteArray& data)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size();
-}
-
 Content recordWithText(const QString& text, const QString& quantity = QStringLiteral("10"))
 {
     Content record;
     record.labelText = AttributedString(RichText(text));
     record.quantity = quantity;
     return record;
-}
-
-QString labelTextOf(const Content& record)
-{
-    return record.labelText.nsAttributedString().string();
 }
 
 // Stands in for the editor: the document's record source gives what the "controls"
@@ -123,7 +111,7 @@ private:
     QString writeOwnTypeFile(const QString& name, const Content& record)
     {
         const QString file = path(name);
-        writeAll(file, dataOfType(record, ownType()).value());
+        writeFile(file, dataOfType(record, ownType()).value());
         return file;
     }
 
@@ -208,7 +196,7 @@ private Q_SLOTS:
     void aPlainTextFileOpensWithItsTextAndTheDefaultSettings()
     {
         const QString file = path(QStringLiteral("opened.txt"));
-        QVERIFY(writeAll(file, "Honey\n500 g"));
+        QVERIFY(writeFile(file, "Honey\n500 g"));
         ScriptedUserInterface userInterface;
         DocumentController controller(userInterface, recoveryRoot(), kQuickTiming);
         QSignalSpy added(&controller, &DocumentController::documentAdded);
@@ -275,7 +263,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, contents);
         const QString file = path(name);
         if (!contents.isEmpty())
-            QVERIFY(writeAll(file, contents));
+            QVERIFY(writeFile(file, contents));
         ScriptedUserInterface userInterface;
         DocumentController controller(userInterface, recoveryRoot(), kQuickTiming);
         QSignalSpy added(&controller, &DocumentController::documentAdded);
@@ -303,7 +291,7 @@ private Q_SLOTS:
         const QString file = path(QStringLiteral("fig.txt"));
         userInterface.saveDestinations.push_back(SaveDestination{file, QString(kPlainTextType)});
         QVERIFY(controller.saveDocument(*document));
-        QCOMPARE(readAll(file), QByteArray("Fig"));
+        QCOMPARE(readFile(file), QByteArray("Fig"));
         QCOMPARE(document->filePath(), file);
         QCOMPARE(document->fileType(), QString(kPlainTextType));
         QCOMPARE(document->displayName(), QStringLiteral("fig.txt"));
@@ -313,7 +301,7 @@ private Q_SLOTS:
         // Saving again writes to the same file without asking.
         editor.type(QStringLiteral(" jam"));
         QVERIFY(controller.saveDocument(*document));
-        QCOMPARE(readAll(file), QByteArray("Fig jam"));
+        QCOMPARE(readFile(file), QByteArray("Fig jam"));
         QCOMPARE(userInterface.askedForDestination.size(), 2);
         QCOMPARE(controller.recentFiles(), QStringList{file});
     }
@@ -349,7 +337,7 @@ private Q_SLOTS:
         document->setRecordSource([controls] { return controls; });
         document->updateChangeCount();
         QVERIFY(controller.saveDocument(*document));
-        const Content written = Content::decode(readAll(file)).value();
+        const Content written = Content::decode(readFile(file)).value();
         QCOMPARE(labelTextOf(written), QStringLiteral("As edited"));
         QCOMPARE(written.quantity, QStringLiteral("7"));
         QCOMPARE(written.frameWidth, std::optional(99.5));
@@ -385,7 +373,7 @@ private Q_SLOTS:
         QSignalSpy closed(&controller, &DocumentController::documentClosed);
         QVERIFY(controller.closeDocument(*document));
         QCOMPARE(closed.count(), 1);
-        QCOMPARE(labelTextOf(Content::decode(readAll(file)).value()), QStringLiteral("Lemon"));
+        QCOMPARE(labelTextOf(Content::decode(readFile(file)).value()), QStringLiteral("Lemon"));
         QVERIFY(controller.documents().empty());
         QCOMPARE(userInterface.askedToSaveChanges,
                  (QStringList{QStringLiteral("Untitled"), QStringLiteral("Untitled"),
@@ -422,14 +410,14 @@ private Q_SLOTS:
     void revertingAsksAndReadsTheFileAgain()
     {
         const QString file = path(QStringLiteral("revert.txt"));
-        QVERIFY(writeAll(file, "Saved"));
+        QVERIFY(writeFile(file, "Saved"));
         ScriptedUserInterface userInterface;
         DocumentController controller(userInterface, recoveryRoot(),
                                       DocumentController::AutosaveTiming{1h, 1h});
         Document* document = controller.openDocument(file);
         FakeEditor editor(*document);
         editor.type(QStringLiteral(" and edited"));
-        QVERIFY(writeAll(file, "Saved again elsewhere"));
+        QVERIFY(writeFile(file, "Saved again elsewhere"));
 
         userInterface.revertAnswers.push_back(false);
         QVERIFY(!controller.revertDocument(*document));
@@ -490,7 +478,7 @@ private Q_SLOTS:
         QElapsedTimer sinceEdit;
         editor.type(QStringLiteral(" and after"));
         sinceEdit.start();
-        QTRY_VERIFY_WITH_TIMEOUT(labelTextOf(Content::decode(readAll(file)).value()) ==
+        QTRY_VERIFY_WITH_TIMEOUT(labelTextOf(Content::decode(readFile(file)).value()) ==
                                      QStringLiteral("Before and after"),
                                  5000);
         QVERIFY2(sinceEdit.elapsed() <= 5000, qPrintable(QString::number(sinceEdit.elapsed())));
@@ -508,7 +496,7 @@ private Q_SLOTS:
         editor.type(QStringLiteral("Not yet saved"));
         QTRY_COMPARE_WITH_TIMEOUT(recoveryCopies(recoveryRoot()).size(), 1, 5000);
         const QString copy = recoveryCopies(recoveryRoot()).first();
-        QCOMPARE(labelTextOf(Content::decode(readAll(copy)).value()),
+        QCOMPARE(labelTextOf(Content::decode(readFile(copy)).value()),
                  QStringLiteral("Not yet saved"));
         // The document itself still has unsaved changes.
         QVERIFY(document->isModified());
@@ -547,7 +535,7 @@ private Q_SLOTS:
         FakeEditor editor(*document);
         editor.type(QStringLiteral("Left the window"));
         controller.autosave(*document);
-        QCOMPARE(labelTextOf(Content::decode(readAll(file)).value()),
+        QCOMPARE(labelTextOf(Content::decode(readFile(file)).value()),
                  QStringLiteral("Left the window"));
         QVERIFY(!document->isModified());
     }
@@ -557,7 +545,7 @@ private Q_SLOTS:
         const QString folder = path(QStringLiteral("vanishing"));
         QVERIFY(QDir().mkpath(folder));
         const QString file = folder + QStringLiteral("/label.lomir");
-        QVERIFY(writeAll(file, dataOfType(Content(), ownType()).value()));
+        QVERIFY(writeFile(file, dataOfType(Content(), ownType()).value()));
         ScriptedUserInterface userInterface;
         DocumentController controller(userInterface, recoveryRoot(),
                                       DocumentController::AutosaveTiming{1h, 1h});
@@ -565,7 +553,7 @@ private Q_SLOTS:
         FakeEditor editor(*document);
         // The file's folder is replaced by a file: nothing can be written there.
         QVERIFY(QDir(folder).removeRecursively());
-        QVERIFY(writeAll(folder, "blocked"));
+        QVERIFY(writeFile(folder, "blocked"));
         editor.type(QStringLiteral("Kept anyway"));
         controller.autosave(*document);
         editor.type(QStringLiteral("!"));
@@ -574,14 +562,14 @@ private Q_SLOTS:
         QVERIFY(document->isModified());
         const QStringList copies = recoveryCopies(recoveryRoot());
         QCOMPARE(copies.size(), 1);
-        QCOMPARE(labelTextOf(Content::decode(readAll(copies.first())).value()),
+        QCOMPARE(labelTextOf(Content::decode(readFile(copies.first())).value()),
                  QStringLiteral("Kept anyway!"));
     }
 
     void documentsLeftUnsavedComeBackRecovered()
     {
         const QString titledFile = path(QStringLiteral("titled.txt"));
-        QVERIFY(writeAll(titledFile, "On disk"));
+        QVERIFY(writeFile(titledFile, "On disk"));
         ScriptedUserInterface userInterface;
         {
             DocumentController before(userInterface, recoveryRoot(),
@@ -617,11 +605,11 @@ private Q_SLOTS:
         QCOMPARE(titled->filePath(), titledFile);
         QCOMPARE(titled->fileType(), QString(kPlainTextType));
         QVERIFY(titled->isModified() && titled->isRecovered());
-        QCOMPARE(readAll(titledFile), QByteArray("On disk"));
+        QCOMPARE(readFile(titledFile), QByteArray("On disk"));
 
         // Saved or thrown away, the copies leave the recovery folder.
         QVERIFY(after.saveDocument(*titled));
-        QCOMPARE(readAll(titledFile), QByteArray("On disk with changes"));
+        QCOMPARE(readFile(titledFile), QByteArray("On disk with changes"));
         QCOMPARE(recoveryCopies(recoveryRoot()).size(), 1);
         userInterface.saveChangesAnswers.push_back(SaveChangesAnswer::DontSave);
         QVERIFY(after.closeDocument(*untitled));
@@ -640,7 +628,7 @@ private Q_SLOTS:
                              QStringLiteral("Arithmetic overflow"));
         const QStringList copies = recoveryCopies(recoveryRoot());
         QCOMPARE(copies.size(), 1);
-        QCOMPARE(labelTextOf(Content::decode(readAll(copies.first())).value()),
+        QCOMPARE(labelTextOf(Content::decode(readFile(copies.first())).value()),
                  QStringLiteral("Typed before the stop"));
 
         // The next start brings it back.

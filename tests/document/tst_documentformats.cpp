@@ -1,8 +1,10 @@
 #include "document/documentformats.h"
+#include "support/records.h"
 
 #include <QTest>
 
 using namespace lomir;
+using testing::compareSettings;
 
 namespace {
 
@@ -37,18 +39,6 @@ Content editedRecord()
     record.frameWidth = 144.0;
     record.frameHeight = 72.0;
     return record;
-}
-
-void compareSettings(const Content& actual, const Content& expected)
-{
-    QCOMPARE(actual.quantity, expected.quantity);
-    QCOMPARE(actual.serialStartFrom, expected.serialStartFrom);
-    QCOMPARE(actual.width, expected.width);
-    QCOMPARE(actual.height, expected.height);
-    QCOMPARE(actual.dimensions, expected.dimensions);
-    QCOMPARE(actual.metric, expected.metric);
-    QCOMPARE(actual.magnification, expected.magnification);
-    QCOMPARE(actual.outputSpacing, expected.outputSpacing);
 }
 
 } // namespace

@@ -2,13 +2,13 @@
 #include "app/cascadingwindowcontroller.h"
 #include "app/scene.h"
 #include "document/documentformats.h"
+#include "support/documentwindows.h"
 #include "support/fatalstop.h"
+#include "support/files.h"
 #include "support/scripteduserinterface.h"
 
 #include <QApplication>
 #include <QDialog>
-#include <QDir>
-#include <QFile>
 #include <QMenu>
 #include <QSettings>
 #include <QTemporaryDir>
@@ -16,26 +16,11 @@
 #include <cstring>
 
 using namespace lomir;
+using testing::documentWindows;
 using testing::ScriptedUserInterface;
+using testing::writeFile;
 
 namespace {
-
-bool writeAll(const QString& path, const QByteArray& data)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size();
-}
-
-QList<CascadingWindowController*> documentWindows()
-{
-    QList<CascadingWindowController*> windows;
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
-        if (auto* window = qobject_cast<CascadingWindowController*>(widget);
-            window && window->isVisible())
-            windows.append(window);
-    }
-    return windows;
-}
 
 int runFatalCase(const char* name)
 {
@@ -63,21 +48,11 @@ private Q_SLOTS:
     void initTestCase()
     {
         QVERIFY(m_dir.isValid());
-        QCoreApplication::setOrganizationName(QStringLiteral("LomirTests"));
-        QCoreApplication::setApplicationName(QStringLiteral("AppDelegateTest"));
+        testing::nameTestApplication(QStringLiteral("AppDelegateTest"));
     }
 
-    void init()
-    {
-        QSettings().clear();
-        QDir(DocumentController::defaultRecoveryRoot()).removeRecursively();
-    }
-
-    void cleanup()
-    {
-        for (CascadingWindowController* window : documentWindows())
-            delete window;
-    }
+    void init() { testing::resetApplicationState(); }
+    void cleanup() { testing::resetApplicationState(); }
 
     void everyLaunchWritesTheFontSizeList()
     {
@@ -116,8 +91,8 @@ private Q_SLOTS:
     {
         const QString first = m_dir.filePath(QStringLiteral("first.txt"));
         const QString second = m_dir.filePath(QStringLiteral("second.lomir"));
-        QVERIFY(writeAll(first, "First label"));
-        QVERIFY(writeAll(second, dataOfType(Content(), QString(kLomirDocumentType)).value()));
+        QVERIFY(writeFile(first, "First label"));
+        QVERIFY(writeFile(second, dataOfType(Content(), QString(kLomirDocumentType)).value()));
         ScriptedUserInterface userInterface;
         AppDelegate delegate(userInterface);
         delegate.applicationDidFinishLaunching({first, second});
@@ -145,8 +120,8 @@ private Q_SLOTS:
     {
         ScriptedUserInterface userInterface;
         AppDelegate delegate(userInterface);
-        delegate.applicationDidFinishLaunching({});
-        CascadingWindowController* window = documentWindows().first();
+        CascadingWindowController* window = testing::launch(delegate);
+        QVERIFY(window);
         for (QAction* action : {window->newDocumentAction(), window->openDocumentAction(),
                                 window->quitAction(), window->aboutAction()})
             QVERIFY(action->isEnabled());
@@ -170,11 +145,11 @@ private Q_SLOTS:
     void openRecentListsTheRecentFiles()
     {
         const QString file = m_dir.filePath(QStringLiteral("recent.txt"));
-        QVERIFY(writeAll(file, "Recent"));
+        QVERIFY(writeFile(file, "Recent"));
         ScriptedUserInterface userInterface;
         AppDelegate delegate(userInterface);
-        delegate.applicationDidFinishLaunching({file});
-        CascadingWindowController* window = documentWindows().first();
+        CascadingWindowController* window = testing::launch(delegate, {file});
+        QVERIFY(window);
         QMenu* recent = window->openRecentMenu();
         Q_EMIT recent->aboutToShow();
         QStringList texts;

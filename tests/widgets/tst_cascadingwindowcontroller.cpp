@@ -2,47 +2,22 @@
 #include "app/cascadingwindowcontroller.h"
 #include "document/documentformats.h"
 #include "editor/mainviewcontroller.h"
+#include "support/documentwindows.h"
+#include "support/files.h"
 #include "support/scripteduserinterface.h"
 
 #include <QApplication>
-#include <QDir>
-#include <QFile>
-#include <QSettings>
+#include <QDialog>
 #include <QTemporaryDir>
 #include <QTest>
 
 using namespace lomir;
+using testing::documentWindows;
+using testing::readFile;
 using testing::ScriptedUserInterface;
+using testing::writeFile;
 
 namespace {
-
-bool writeAll(const QString& path, const QByteArray& data)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size();
-}
-
-QByteArray readAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-QList<CascadingWindowController*> documentWindows()
-{
-    QList<CascadingWindowController*> windows;
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
-        if (auto* window = qobject_cast<CascadingWindowController*>(widget);
-            window && window->isVisible())
-            windows.append(window);
-    }
-    return windows;
-}
-
-CascadingWindowController* windowOf(const AppDelegate& delegate, const Document* document)
-{
-    return delegate.windowFor(document);
-}
 
 QString shownText(CascadingWindowController* window)
 {
@@ -64,21 +39,11 @@ private Q_SLOTS:
     void initTestCase()
     {
         QVERIFY(m_dir.isValid());
-        QCoreApplication::setOrganizationName(QStringLiteral("LomirTests"));
-        QCoreApplication::setApplicationName(QStringLiteral("CascadingWindowControllerTest"));
+        testing::nameTestApplication(QStringLiteral("CascadingWindowControllerTest"));
     }
 
-    void init()
-    {
-        QSettings().clear();
-        QDir(DocumentController::defaultRecoveryRoot()).removeRecursively();
-    }
-
-    void cleanup()
-    {
-        for (CascadingWindowController* window : documentWindows())
-            delete window;
-    }
+    void init() { testing::resetApplicationState(); }
+    void cleanup() { testing::resetApplicationState(); }
 
     void cascadedPositionOffsetsAndWrapsWithinTheAvailableArea_data()
     {
@@ -108,8 +73,8 @@ private Q_SLOTS:
         delegate.newDocument();
         const std::vector<Document*> documents = delegate.documentController().documents();
         QCOMPARE(documents.size(), std::size_t(2));
-        CascadingWindowController* first = windowOf(delegate, documents[0]);
-        CascadingWindowController* second = windowOf(delegate, documents[1]);
+        CascadingWindowController* first = delegate.windowFor(documents[0]);
+        CascadingWindowController* second = delegate.windowFor(documents[1]);
         QVERIFY(first && second);
         QVERIFY(QTest::qWaitForWindowExposed(second));
         QVERIFY(first->pos() != second->pos());
@@ -119,12 +84,11 @@ private Q_SLOTS:
     void theWindowShowsTheFileAndTypingMarksItEdited()
     {
         const QString file = path(QStringLiteral("shown.txt"));
-        QVERIFY(writeAll(file, "Raspberry"));
+        QVERIFY(writeFile(file, "Raspberry"));
         ScriptedUserInterface userInterface;
         AppDelegate delegate(userInterface);
-        delegate.applicationDidFinishLaunching({file});
-        CascadingWindowController* window = documentWindows().first();
-        QVERIFY(QTest::qWaitForWindowExposed(window));
+        CascadingWindowController* window = testing::launch(delegate, {file});
+        QVERIFY(window);
         QCOMPARE(shownText(window), QStringLiteral("Raspberry"));
         QCOMPARE(window->windowTitle(), QStringLiteral("shown.txt[*]"));
         QVERIFY(!window->isWindowModified());
@@ -136,7 +100,7 @@ private Q_SLOTS:
 
         // Saving writes what the editor shows.
         window->saveAction()->trigger();
-        QTRY_VERIFY(readAll(file).endsWith(" jam"));
+        QTRY_VERIFY(readFile(file).endsWith(" jam"));
         QVERIFY(!window->isWindowModified());
     }
 
@@ -145,11 +109,11 @@ private Q_SLOTS:
         const QString copy = path(QStringLiteral("copy.lomir"));
         Content record;
         record.labelText = AttributedString(RichText(QStringLiteral("Kept")));
-        QVERIFY(writeAll(copy, dataOfType(record, QString(kLomirDocumentType)).value()));
+        QVERIFY(writeFile(copy, dataOfType(record, QString(kLomirDocumentType)).value()));
         ScriptedUserInterface userInterface;
         AppDelegate delegate(userInterface);
-        delegate.applicationDidFinishLaunching({});
-        CascadingWindowController* window = documentWindows().first();
+        CascadingWindowController* window = testing::launch(delegate);
+        QVERIFY(window);
         // Read a kept copy into the window's document, as restoring does.
         QVERIFY(
             window->document()->readRecoveredCopy(copy, QString(), QString(kLomirDocumentType)));
@@ -161,8 +125,8 @@ private Q_SLOTS:
     {
         ScriptedUserInterface userInterface;
         AppDelegate delegate(userInterface);
-        delegate.applicationDidFinishLaunching({});
-        QPointer<CascadingWindowController> window = documentWindows().first();
+        QPointer<CascadingWindowController> window = testing::launch(delegate);
+        QVERIFY(window);
         QTest::keyClicks(window->editor()->labelTextWidget(), QStringLiteral("Typed"));
 
         userInterface.saveChangesAnswers.push_back(SaveChangesAnswer::Cancel);
@@ -181,12 +145,11 @@ private Q_SLOTS:
     void revertIsOfferedForAnEditedFileAndShowsTheFileAgain()
     {
         const QString file = path(QStringLiteral("revert.txt"));
-        QVERIFY(writeAll(file, "Saved text"));
+        QVERIFY(writeFile(file, "Saved text"));
         ScriptedUserInterface userInterface;
         AppDelegate delegate(userInterface);
-        delegate.applicationDidFinishLaunching({file});
-        CascadingWindowController* window = documentWindows().first();
-        QVERIFY(QTest::qWaitForWindowExposed(window));
+        CascadingWindowController* window = testing::launch(delegate, {file});
+        QVERIFY(window);
         QVERIFY(!window->revertAction()->isEnabled());
         QTest::keyClicks(window->editor()->labelTextWidget(), QStringLiteral(" and more"));
         QVERIFY(window->revertAction()->isEnabled());
@@ -204,11 +167,11 @@ private Q_SLOTS:
     void leavingTheWindowWritesATitledDocumentsEdits()
     {
         const QString file = path(QStringLiteral("leave.txt"));
-        QVERIFY(writeAll(file, "Before"));
+        QVERIFY(writeFile(file, "Before"));
         ScriptedUserInterface userInterface;
         AppDelegate delegate(userInterface);
-        delegate.applicationDidFinishLaunching({file});
-        CascadingWindowController* window = documentWindows().first();
+        CascadingWindowController* window = testing::launch(delegate, {file});
+        QVERIFY(window);
         window->activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(window));
         QTest::keyClicks(window->editor()->labelTextWidget(), QStringLiteral(" after"));
@@ -218,16 +181,39 @@ private Q_SLOTS:
         elsewhere.show();
         elsewhere.activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(&elsewhere));
-        QCOMPARE(readAll(file), QByteArray("Before after"));
+        QCOMPARE(readFile(file), QByteArray("Before after"));
         QVERIFY(!window->isWindowModified());
+    }
+
+    void aQuestionOverTheWindowDoesNotWriteItsEdits()
+    {
+        const QString file = path(QStringLiteral("asked.txt"));
+        QVERIFY(writeFile(file, "Before"));
+        ScriptedUserInterface userInterface;
+        AppDelegate delegate(userInterface);
+        CascadingWindowController* window = testing::launch(delegate, {file});
+        QVERIFY(window);
+        window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(window));
+        QTest::keyClicks(window->editor()->labelTextWidget(), QStringLiteral(" after"));
+
+        // A modal question, such as whether to save the changes, takes the focus: the
+        // user may yet answer "Don't Save".
+        QDialog question(window);
+        question.setModal(true);
+        question.show();
+        question.activateWindow();
+        QTRY_COMPARE(QApplication::activeWindow(), &question);
+        QCOMPARE(readFile(file), QByteArray("Before"));
+        QVERIFY(window->isWindowModified());
     }
 
     void theCommandsUseTheStandardShortcuts()
     {
         ScriptedUserInterface userInterface;
         AppDelegate delegate(userInterface);
-        delegate.applicationDidFinishLaunching({});
-        CascadingWindowController* window = documentWindows().first();
+        CascadingWindowController* window = testing::launch(delegate);
+        QVERIFY(window);
         QCOMPARE(window->newDocumentAction()->shortcut(), QKeySequence(QKeySequence::New));
         QCOMPARE(window->openDocumentAction()->shortcut(), QKeySequence(QKeySequence::Open));
         QCOMPARE(window->closeAction()->shortcut(), QKeySequence(QKeySequence::Close));

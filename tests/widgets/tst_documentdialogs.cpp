@@ -3,6 +3,7 @@
 #include "app/documentdialogs.h"
 #include "document/document.h"
 #include "document/documentformats.h"
+#include "support/documentwindows.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -12,7 +13,6 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QSettings>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
@@ -78,8 +78,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         QVERIFY(m_dir.isValid());
-        QCoreApplication::setOrganizationName(QStringLiteral("LomirTests"));
-        QCoreApplication::setApplicationName(QStringLiteral("DocumentDialogsTest"));
+        testing::nameTestApplication(QStringLiteral("DocumentDialogsTest"));
         QCoreApplication::setApplicationVersion(QStringLiteral("3.2.1"));
         // Qt's own dialogs, whatever the desktop offers.
         QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
@@ -180,8 +179,7 @@ private Q_SLOTS:
 
     void theAboutBoxShowsTheVersion()
     {
-        QSettings().clear();
-        QDir(DocumentController::defaultRecoveryRoot()).removeRecursively();
+        testing::resetApplicationState();
         AppDelegate delegate;
         delegate.applicationDidFinishLaunching({});
         answerNextDialog<QMessageBox>([](QMessageBox* box) {
