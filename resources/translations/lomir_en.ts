@@ -2,6 +2,47 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="en">
 <context>
+    <name>CommandLine</name>
+    <message>
+        <source>Usage:
+  lomir [FILE...]          open the label editor with these files, or a new label
+  lomir convert IN OUT     convert a label between .lomir, .txt and .rtf
+  lomir inspect FILE       print a label document as JSON
+  lomir --version          print the version
+  lomir --help             print this help
+</source>
+        <translation>Usage:
+  lomir [FILE...]          open the label editor with these files, or a new label
+  lomir convert IN OUT     convert a label between .lomir, .txt and .rtf
+  lomir inspect FILE       print a label document as JSON
+  lomir --version          print the version
+  lomir --help             print this help
+</translation>
+    </message>
+    <message>
+        <source>Cannot tell the type of “%1”: name it .lomir, .txt or .rtf.</source>
+        <translation>Cannot tell the type of “%1”: name it .lomir, .txt or .rtf.</translation>
+    </message>
+    <message>
+        <source>“convert” takes an input and an output file; see “lomir --help”.
+</source>
+        <translation>“convert” takes an input and an output file; see “lomir --help”.
+</translation>
+    </message>
+    <message>
+        <source>“inspect” takes one file; see “lomir --help”.
+</source>
+        <translation>“inspect” takes one file; see “lomir --help”.
+</translation>
+    </message>
+    <message>
+        <source>Unknown command “%1”; see “lomir --help”.
+</source>
+        <translation>Unknown command “%1”; see “lomir --help”.
+</translation>
+    </message>
+</context>
+<context>
     <name>DocumentDialogs</name>
     <message>
         <source>Lomir Document (*.lomir)</source>
@@ -73,6 +114,17 @@
     <message>
         <source>Cannot write “%1”: %2.</source>
         <translation>Cannot write “%1”: %2.</translation>
+    </message>
+</context>
+<context>
+    <name>DocumentFormats</name>
+    <message>
+        <source>Lomir cannot read or write documents of the type “%1”.</source>
+        <translation>Lomir cannot read or write documents of the type “%1”.</translation>
+    </message>
+    <message>
+        <source>The file is not UTF-8 text.</source>
+        <translation>The file is not UTF-8 text.</translation>
     </message>
 </context>
 <context>
