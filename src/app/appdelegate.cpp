@@ -14,15 +14,6 @@
 
 namespace lomir {
 
-QStringList fontPanelSizeList()
-{
-    return {QStringLiteral("1"),  QStringLiteral("2"),  QStringLiteral("3"),  QStringLiteral("4"),
-            QStringLiteral("5"),  QStringLiteral("6"),  QStringLiteral("7"),  QStringLiteral("8"),
-            QStringLiteral("9"),  QStringLiteral("10"), QStringLiteral("11"), QStringLiteral("12"),
-            QStringLiteral("13"), QStringLiteral("14"), QStringLiteral("18"), QStringLiteral("24"),
-            QStringLiteral("36"), QStringLiteral("48")};
-}
-
 AppDelegate::AppDelegate(QObject* parent)
     : QObject(parent),
       m_ownDialogs(std::make_unique<DocumentDialogs>(
@@ -61,7 +52,7 @@ AppDelegate::~AppDelegate() = default;
 void AppDelegate::applicationDidFinishLaunching(const QStringList& paths)
 {
     // A plain write, not a default: any list stored before is replaced.
-    QSettings().setValue(kFontPanelSizeListKey, fontPanelSizeList());
+    QSettings().setValue(QLatin1StringView(kFontPanelSizeListKey), fontPanelSizeList());
     m_documents->launch(paths);
 }
 

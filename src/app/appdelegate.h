@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/fontpanelsizes.h"
+
 #include <QObject>
 #include <QStringList>
 #include <memory>
@@ -13,11 +15,6 @@ class Document;
 class DocumentController;
 class DocumentDialogs;
 class DocumentUserInterface;
-
-// The setting that holds the font sizes the editor offers, and the sizes written to it
-// at every launch: 1 to 14 in steps of one, then 18, 24, 36 and 48, as strings.
-inline constexpr QLatin1StringView kFontPanelSizeListKey{"NSFontPanelSizeList"};
-QStringList fontPanelSizeList();
 
 // The application's own duties: at launch it writes the font size list and opens the
 // documents; it gives every document a window and carries out the commands that are

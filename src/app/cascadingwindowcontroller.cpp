@@ -1,8 +1,8 @@
 #include "app/cascadingwindowcontroller.h"
 
-#include "app/standinlabeleditor.h"
 #include "document/document.h"
 #include "document/documentcontroller.h"
+#include "editor/mainviewcontroller.h"
 
 #include <QApplication>
 #include <QCloseEvent>

@@ -14,10 +14,10 @@ class QMenu;
 
 namespace lomir {
 
-class StandInLabelEditor;
+class MainViewController;
 
 // The widget that edits the label: the window's central widget.
-using LabelEditor = StandInLabelEditor;
+using LabelEditor = MainViewController;
 
 // How far each new document window sits right of and below the one made before it.
 inline constexpr QPoint kCascadeOffset{22, 22};

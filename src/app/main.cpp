@@ -1,5 +1,6 @@
 #include "app/appdelegate.h"
 #include "app/commandline.h"
+#include "editor/translations.h"
 
 #include <QApplication>
 #include <QTextStream>
@@ -40,6 +41,7 @@ int main(int argc, char* argv[])
 
     QApplication application(argc, argv);
     nameApplication();
+    lomir::installTranslations(application);
     lomir::AppDelegate delegate;
     QStringList files = QCoreApplication::arguments();
     files.removeFirst();

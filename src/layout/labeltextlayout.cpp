@@ -20,8 +20,6 @@ namespace lomir {
 
 namespace {
 
-// A paint device that is never painted on: it only tells the text engine the
-// resolution to resolve fonts at.
 class PointLayoutDevice final : public QPaintDevice
 {
 public:
@@ -59,6 +57,31 @@ private:
     int m_dpi;
 };
 
+} // namespace
+
+std::unique_ptr<QPaintDevice> makeLayoutDevice(int dpi)
+{
+    return std::make_unique<PointLayoutDevice>(dpi);
+}
+
+void prepareLabelDocument(QTextDocument& document, QPaintDevice* layoutDevice)
+{
+    const double unitsPerPoint = layoutDevice->logicalDpiY() / 72.0;
+    document.documentLayout()->setPaintDevice(layoutDevice);
+    document.setDocumentMargin(0.0);
+    document.setUseDesignMetrics(true);
+    // Unhinted, so that advances are the fonts' design widths at every resolution. Runs
+    // take what their own formats leave unset from this font.
+    QFont defaultQFont = toQFont(defaultFont());
+    defaultQFont.setHintingPreference(QFont::PreferNoHinting);
+    document.setDefaultFont(defaultQFont);
+    QTextOption option = document.defaultTextOption();
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    option.setUseDesignMetrics(true);
+    option.setTabStopDistance(kDefaultTabInterval * unitsPerPoint);
+    document.setDefaultTextOption(option);
+}
+
 // The converter gives block formats their lengths in points. Qt's document layout takes
 // horizontal ones (indents) in device units and vertical ones (paragraph spacing, line
 // heights) in pixels of its default resolution, which it then scales to the device's
@@ -92,26 +115,12 @@ void convertBlockLengthsToLayoutUnits(QTextDocument& document, double unitsPerPo
     }
 }
 
-} // namespace
-
 LabelTextLayout::LabelTextLayout(const RichText& text, std::optional<double> wrapWidth)
-    : m_device(std::make_unique<PointLayoutDevice>(
-          layoutDpi(std::max(largestPointSize(text), defaultFont().pointSize)))),
+    : m_device(
+          makeLayoutDevice(layoutDpi(std::max(largestPointSize(text), defaultFont().pointSize)))),
       m_unitsPerPoint(m_device->logicalDpiY() / 72.0)
 {
-    m_document.documentLayout()->setPaintDevice(m_device.get());
-    m_document.setDocumentMargin(0.0);
-    m_document.setUseDesignMetrics(true);
-    // Unhinted, so that advances are the fonts' design widths at every resolution. Runs
-    // take what their own formats leave unset from this font.
-    QFont defaultQFont = toQFont(defaultFont());
-    defaultQFont.setHintingPreference(QFont::PreferNoHinting);
-    m_document.setDefaultFont(defaultQFont);
-    QTextOption option = m_document.defaultTextOption();
-    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    option.setUseDesignMetrics(true);
-    option.setTabStopDistance(kDefaultTabInterval * m_unitsPerPoint);
-    m_document.setDefaultTextOption(option);
+    prepareLabelDocument(m_document, m_device.get());
     m_document.setUndoRedoEnabled(false);
     setRichText(m_document, text);
     convertBlockLengthsToLayoutUnits(m_document, m_unitsPerPoint);

@@ -13,6 +13,20 @@ class QPainter;
 
 namespace lomir {
 
+// A paint device that is never painted on: it only tells Qt's text engine the resolution
+// to resolve fonts and lay text out at.
+std::unique_ptr<QPaintDevice> makeLayoutDevice(int dpi);
+
+// Sets a document up to lay label text out on the layout device as printing does: no
+// document margin, design metrics, unhinted fonts (Helvetica 12 for runs without a font),
+// wrapping at word boundaries or anywhere, and the default tab stops. The editor and
+// LabelTextLayout share it, so that both break lines at the same places.
+void prepareLabelDocument(QTextDocument& document, QPaintDevice* layoutDevice);
+
+// Block formats carry their lengths (indents, paragraph spacing, line heights) in points;
+// this converts them to the units the document's layout takes them in.
+void convertBlockLengthsToLayoutUnits(QTextDocument& document, double unitsPerPoint);
+
 // The label's rich text laid out at an exact-point resolution, wrapped at a width in
 // points (or not wrapped at all). Fonts are resolved at 100 layout units per point
 // (7200 dpi) and unhinted, so glyph advances and line breaks follow the fonts' outlines

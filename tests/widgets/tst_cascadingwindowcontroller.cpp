@@ -1,7 +1,7 @@
 #include "app/appdelegate.h"
 #include "app/cascadingwindowcontroller.h"
-#include "app/standinlabeleditor.h"
 #include "document/documentformats.h"
+#include "editor/mainviewcontroller.h"
 #include "support/documentwindows.h"
 #include "support/files.h"
 #include "support/scripteduserinterface.h"
@@ -10,7 +10,6 @@
 #include <QDialog>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QTextEdit>
 
 using namespace lomir;
 using testing::documentWindows;
@@ -22,7 +21,7 @@ namespace {
 
 QString shownText(CascadingWindowController* window)
 {
-    return qobject_cast<QTextEdit*>(window->editor()->labelTextWidget())->toPlainText();
+    return window->editor()->labelText().string();
 }
 
 } // namespace

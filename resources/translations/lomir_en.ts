@@ -1,0 +1,534 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="en">
+<context>
+    <name>CommandLine</name>
+    <message>
+        <source>Usage:
+  lomir [FILE...]          open the label editor with these files, or a new label
+  lomir convert IN OUT     convert a label between .lomir, .txt and .rtf
+  lomir inspect FILE       print a label document as JSON
+  lomir --version          print the version
+  lomir --help             print this help
+</source>
+        <translation>Usage:
+  lomir [FILE...]          open the label editor with these files, or a new label
+  lomir convert IN OUT     convert a label between .lomir, .txt and .rtf
+  lomir inspect FILE       print a label document as JSON
+  lomir --version          print the version
+  lomir --help             print this help
+</translation>
+    </message>
+    <message>
+        <source>Cannot tell the type of “%1”: name it .lomir, .txt or .rtf.</source>
+        <translation>Cannot tell the type of “%1”: name it .lomir, .txt or .rtf.</translation>
+    </message>
+    <message>
+        <source>“convert” takes an input and an output file; see “lomir --help”.
+</source>
+        <translation>“convert” takes an input and an output file; see “lomir --help”.
+</translation>
+    </message>
+    <message>
+        <source>“inspect” takes one file; see “lomir --help”.
+</source>
+        <translation>“inspect” takes one file; see “lomir --help”.
+</translation>
+    </message>
+    <message>
+        <source>Unknown command “%1”; see “lomir --help”.
+</source>
+        <translation>Unknown command “%1”; see “lomir --help”.
+</translation>
+    </message>
+</context>
+<context>
+    <name>DocumentDialogs</name>
+    <message>
+        <source>Lomir Document (*.lomir)</source>
+        <translation>Lomir Document (*.lomir)</translation>
+    </message>
+    <message>
+        <source>Plain Text (*.txt)</source>
+        <translation>Plain Text (*.txt)</translation>
+    </message>
+    <message>
+        <source>Rich Text Format (*.rtf)</source>
+        <translation>Rich Text Format (*.rtf)</translation>
+    </message>
+    <message>
+        <source>Do you want to save the changes you made to “%1”?</source>
+        <translation>Do you want to save the changes you made to “%1”?</translation>
+    </message>
+    <message>
+        <source>Your changes are lost if you don’t save them.</source>
+        <translation>Your changes are lost if you don’t save them.</translation>
+    </message>
+    <message>
+        <source>Save As</source>
+        <translation>Save As</translation>
+    </message>
+    <message>
+        <source>Labels (*.lomir *.txt *.text *.rtf)</source>
+        <translation>Labels (*.lomir *.txt *.text *.rtf)</translation>
+    </message>
+    <message>
+        <source>Plain Text (*.txt *.text)</source>
+        <translation>Plain Text (*.txt *.text)</translation>
+    </message>
+    <message>
+        <source>Open</source>
+        <translation>Open</translation>
+    </message>
+    <message>
+        <source>Do you want to revert “%1” to the version last saved?</source>
+        <translation>Do you want to revert “%1” to the version last saved?</translation>
+    </message>
+    <message>
+        <source>Your current changes are lost.</source>
+        <translation>Your current changes are lost.</translation>
+    </message>
+    <message>
+        <source>Revert</source>
+        <translation>Revert</translation>
+    </message>
+</context>
+<context>
+    <name>DocumentFile</name>
+    <message>
+        <source>Cannot open “%1”: %2.</source>
+        <translation>Cannot open “%1”: %2.</translation>
+    </message>
+    <message>
+        <source>Cannot read “%1”: %2.</source>
+        <translation>Cannot read “%1”: %2.</translation>
+    </message>
+    <message>
+        <source>Cannot read “%1”: %2</source>
+        <translation>Cannot read “%1”: %2</translation>
+    </message>
+    <message>
+        <source>Cannot write “%1”: %2</source>
+        <translation>Cannot write “%1”: %2</translation>
+    </message>
+    <message>
+        <source>Cannot write “%1”: %2.</source>
+        <translation>Cannot write “%1”: %2.</translation>
+    </message>
+</context>
+<context>
+    <name>DocumentFormats</name>
+    <message>
+        <source>Lomir cannot read or write documents of the type “%1”.</source>
+        <translation>Lomir cannot read or write documents of the type “%1”.</translation>
+    </message>
+    <message>
+        <source>The file is not UTF-8 text.</source>
+        <translation>The file is not UTF-8 text.</translation>
+    </message>
+</context>
+<context>
+    <name>MessageBoxAlertPresenter</name>
+    <message>
+        <source>OK</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>Do not show this message again</source>
+        <translation>Do not show this message again</translation>
+    </message>
+</context>
+<context>
+    <name>Metric</name>
+    <message>
+        <source>Inches Shorthand</source>
+        <translation>in</translation>
+    </message>
+    <message>
+        <source>Millimeters Shorthand</source>
+        <translation>mm</translation>
+    </message>
+</context>
+<context>
+    <name>RecoveryFolder</name>
+    <message>
+        <source>Cannot write “%1”: %2.</source>
+        <translation>Cannot write “%1”: %2.</translation>
+    </message>
+    <message>
+        <source>Cannot make the folder “%1”.</source>
+        <translation>Cannot make the folder “%1”.</translation>
+    </message>
+    <message>
+        <source>Cannot lock the folder “%1”.</source>
+        <translation>Cannot lock the folder “%1”.</translation>
+    </message>
+</context>
+<context>
+    <name>lomir::AppDelegate</name>
+    <message>
+        <source>No Recent Documents</source>
+        <translation>No Recent Documents</translation>
+    </message>
+    <message>
+        <source>Clear Menu</source>
+        <translation>Clear Menu</translation>
+    </message>
+    <message>
+        <source>About Lomir</source>
+        <translation>About Lomir</translation>
+    </message>
+    <message>
+        <source>&lt;p&gt;&lt;b&gt;Lomir %1&lt;/b&gt;&lt;/p&gt;&lt;p&gt;Designs and prints sheets of identical text labels.&lt;/p&gt;</source>
+        <translation>&lt;p&gt;&lt;b&gt;Lomir %1&lt;/b&gt;&lt;/p&gt;&lt;p&gt;Designs and prints sheets of identical text labels.&lt;/p&gt;</translation>
+    </message>
+</context>
+<context>
+    <name>lomir::CascadingWindowController</name>
+    <message>
+        <source>&amp;File</source>
+        <translation>&amp;File</translation>
+    </message>
+    <message>
+        <source>&amp;New</source>
+        <translation>&amp;New</translation>
+    </message>
+    <message>
+        <source>&amp;Open…</source>
+        <translation>&amp;Open…</translation>
+    </message>
+    <message>
+        <source>Open &amp;Recent</source>
+        <translation>Open &amp;Recent</translation>
+    </message>
+    <message>
+        <source>&amp;Close</source>
+        <translation>&amp;Close</translation>
+    </message>
+    <message>
+        <source>&amp;Save</source>
+        <translation>&amp;Save</translation>
+    </message>
+    <message>
+        <source>Save &amp;As…</source>
+        <translation>Save &amp;As…</translation>
+    </message>
+    <message>
+        <source>Re&amp;vert to Saved</source>
+        <translation>Re&amp;vert to Saved</translation>
+    </message>
+    <message>
+        <source>&amp;Quit</source>
+        <translation>&amp;Quit</translation>
+    </message>
+    <message>
+        <source>&amp;Help</source>
+        <translation>&amp;Help</translation>
+    </message>
+    <message>
+        <source>&amp;About Lomir</source>
+        <translation>&amp;About Lomir</translation>
+    </message>
+    <message>
+        <source>(Recovered)</source>
+        <translation>(Recovered)</translation>
+    </message>
+</context>
+<context>
+    <name>lomir::DocumentController</name>
+    <message>
+        <source>The document “%1” could not be opened.</source>
+        <translation>The document “%1” could not be opened.</translation>
+    </message>
+    <message>
+        <source>Lomir opens label documents (.lomir), plain text (.txt) and RTF (.rtf).</source>
+        <translation>Lomir opens label documents (.lomir), plain text (.txt) and RTF (.rtf).</translation>
+    </message>
+    <message>
+        <source>The document “%1” could not be saved.</source>
+        <translation>The document “%1” could not be saved.</translation>
+    </message>
+    <message>
+        <source>The document “%1” could not be reverted.</source>
+        <translation>The document “%1” could not be reverted.</translation>
+    </message>
+    <message>
+        <source>The document “%1” could not be saved automatically.</source>
+        <translation>The document “%1” could not be saved automatically.</translation>
+    </message>
+    <message>
+        <source>The changes to “%1” could not be kept for recovery.</source>
+        <translation>The changes to “%1” could not be kept for recovery.</translation>
+    </message>
+    <message>
+        <source>A document that Lomir kept when it last stopped cannot be restored.</source>
+        <translation>A document that Lomir kept when it last stopped cannot be restored.</translation>
+    </message>
+    <message>
+        <source>Untitled</source>
+        <translation>Untitled</translation>
+    </message>
+    <message>
+        <source>Untitled %1</source>
+        <translation>Untitled %1</translation>
+    </message>
+</context>
+<context>
+    <name>lomir::FormatControls</name>
+    <message>
+        <source>Format</source>
+        <translation>Format</translation>
+    </message>
+    <message>
+        <source>Font family</source>
+        <translation>Font family</translation>
+    </message>
+    <message>
+        <source>Font size in points</source>
+        <translation>Font size in points</translation>
+    </message>
+    <message>
+        <source>Bold</source>
+        <translation>Bold</translation>
+    </message>
+    <message>
+        <source>Italic</source>
+        <translation>Italic</translation>
+    </message>
+    <message>
+        <source>Underline</source>
+        <translation>Underline</translation>
+    </message>
+    <message>
+        <source>Strikethrough</source>
+        <translation>Strikethrough</translation>
+    </message>
+    <message>
+        <source>Text Colour...</source>
+        <translation>Text Colour...</translation>
+    </message>
+    <message>
+        <source>Text colour</source>
+        <translation>Text colour</translation>
+    </message>
+    <message>
+        <source>Show Fonts...</source>
+        <translation>Show Fonts...</translation>
+    </message>
+    <message>
+        <source>Choose a font (%1)</source>
+        <translation>Choose a font (%1)</translation>
+    </message>
+    <message>
+        <source>Align Left</source>
+        <translation>Align Left</translation>
+    </message>
+    <message>
+        <source>Center</source>
+        <translation>Center</translation>
+    </message>
+    <message>
+        <source>Justify</source>
+        <translation>Justify</translation>
+    </message>
+    <message>
+        <source>Align Right</source>
+        <translation>Align Right</translation>
+    </message>
+    <message>
+        <source>F&amp;ormat</source>
+        <translation>F&amp;ormat</translation>
+    </message>
+    <message>
+        <source>&amp;Font</source>
+        <translation>&amp;Font</translation>
+    </message>
+    <message>
+        <source>&amp;Text</source>
+        <translation>&amp;Text</translation>
+    </message>
+    <message>
+        <source>Text Colour</source>
+        <translation>Text Colour</translation>
+    </message>
+    <message>
+        <source>Font</source>
+        <translation>Font</translation>
+    </message>
+</context>
+<context>
+    <name>lomir::MainViewController</name>
+    <message>
+        <source>Label size:</source>
+        <translation>Label size:</translation>
+    </message>
+    <message>
+        <source>Make the label as large as its text, or give it a size of your own</source>
+        <translation>Make the label as large as its text, or give it a size of your own</translation>
+    </message>
+    <message>
+        <source>Fit to Text</source>
+        <translation>Fit to Text</translation>
+    </message>
+    <message>
+        <source>Custom Size</source>
+        <translation>Custom Size</translation>
+    </message>
+    <message>
+        <source>Fit to Text in One Size</source>
+        <translation>Fit to Text in One Size</translation>
+    </message>
+    <message>
+        <source>Large Text (9 pt)</source>
+        <translation>Large Text (9 pt)</translation>
+    </message>
+    <message>
+        <source>Medium Text (7 pt)</source>
+        <translation>Medium Text (7 pt)</translation>
+    </message>
+    <message>
+        <source>Tiny Text (4 pt)</source>
+        <translation>Tiny Text (4 pt)</translation>
+    </message>
+    <message>
+        <source>Regular Text (8 pt)</source>
+        <translation>Regular Text (8 pt)</translation>
+    </message>
+    <message>
+        <source>Width of the label</source>
+        <translation>Width of the label</translation>
+    </message>
+    <message>
+        <source>x</source>
+        <translation>x</translation>
+    </message>
+    <message>
+        <source>Height of the label</source>
+        <translation>Height of the label</translation>
+    </message>
+    <message>
+        <source>The label&apos;s width and height</source>
+        <translation>The label&apos;s width and height</translation>
+    </message>
+    <message>
+        <source>The unit label sizes are shown and typed in</source>
+        <translation>The unit label sizes are shown and typed in</translation>
+    </message>
+    <message>
+        <source>Millimetres</source>
+        <translation>Millimetres</translation>
+    </message>
+    <message>
+        <source>Inches</source>
+        <translation>Inches</translation>
+    </message>
+    <message>
+        <source>Quantity:</source>
+        <translation>Quantity:</translation>
+    </message>
+    <message>
+        <source>How many labels to print</source>
+        <translation>How many labels to print</translation>
+    </message>
+    <message>
+        <source>First number:</source>
+        <translation>First number:</translation>
+    </message>
+    <message>
+        <source>The serial number of the first label; the others count up from it</source>
+        <translation>The serial number of the first label; the others count up from it</translation>
+    </message>
+    <message>
+        <source>Put a serial number at the caret; every label gets its own number</source>
+        <translation>Put a serial number at the caret; every label gets its own number</translation>
+    </message>
+    <message>
+        <source>Add Serial Number</source>
+        <translation>Add Serial Number</translation>
+    </message>
+    <message>
+        <source>Printed labels:</source>
+        <translation>Printed labels:</translation>
+    </message>
+    <message>
+        <source>Print the labels touching each other, or with a small gap between them</source>
+        <translation>Print the labels touching each other, or with a small gap between them</translation>
+    </message>
+    <message>
+        <source>Side by Side</source>
+        <translation>Side by Side</translation>
+    </message>
+    <message>
+        <source>Spaced Apart</source>
+        <translation>Spaced Apart</translation>
+    </message>
+    <message>
+        <source>How large the label is shown</source>
+        <translation>How large the label is shown</translation>
+    </message>
+    <message>
+        <source>&amp;Undo</source>
+        <translation>&amp;Undo</translation>
+    </message>
+    <message>
+        <source>&amp;Redo</source>
+        <translation>&amp;Redo</translation>
+    </message>
+    <message>
+        <source>Cu&amp;t</source>
+        <translation>Cu&amp;t</translation>
+    </message>
+    <message>
+        <source>&amp;Copy</source>
+        <translation>&amp;Copy</translation>
+    </message>
+    <message>
+        <source>&amp;Paste</source>
+        <translation>&amp;Paste</translation>
+    </message>
+    <message>
+        <source>Select &amp;All</source>
+        <translation>Select &amp;All</translation>
+    </message>
+    <message>
+        <source>Zoom &amp;In</source>
+        <translation>Zoom &amp;In</translation>
+    </message>
+    <message>
+        <source>Zoom &amp;Out</source>
+        <translation>Zoom &amp;Out</translation>
+    </message>
+    <message>
+        <source>&amp;Actual Size</source>
+        <translation>&amp;Actual Size</translation>
+    </message>
+    <message>
+        <source>&amp;Edit</source>
+        <translation>&amp;Edit</translation>
+    </message>
+    <message>
+        <source>&amp;View</source>
+        <translation>&amp;View</translation>
+    </message>
+    <message>
+        <source>Zoom</source>
+        <translation>Zoom</translation>
+    </message>
+    <message>
+        <source>Serial Exceeded Space Alert Message</source>
+        <translation>The serial number no longer fits on the label.</translation>
+    </message>
+    <message>
+        <source>Serial Exceeded Space Alert Informative</source>
+        <translation>The new quantity or first number needs a longer serial number than the label has room for, so the serial number was taken out. Make the label larger or its text smaller, then add the serial number again.</translation>
+    </message>
+    <message>
+        <source>Space Limit Alert Message</source>
+        <translation>The text does not fit on the label.</translation>
+    </message>
+    <message>
+        <source>Space Limit Alert Informative</source>
+        <translation>The label has a size of its own, and the text you typed would need more room than it has. Make the label larger, or the text smaller or shorter.</translation>
+    </message>
+</context>
+</TS>
