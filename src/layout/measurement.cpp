@@ -1,6 +1,6 @@
 #include "layout/measurement.h"
 
-#include "document/richtextdocument.h"
+#include "document/richtext/richtextdocument.h"
 #include "layout/layoutresolution.h"
 
 #include <QFontMetricsF>

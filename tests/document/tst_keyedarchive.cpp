@@ -1,9 +1,9 @@
-#include "document/colorspaces.h"
 #include "document/documentlimits.h"
-#include "document/fontnames.h"
-#include "document/keyedarchive.h"
-#include "document/propertylist.h"
-#include "document/runtable.h"
+#include "document/keyedarchive/colorspaces.h"
+#include "document/keyedarchive/keyedarchive.h"
+#include "document/keyedarchive/propertylist.h"
+#include "document/keyedarchive/runtable.h"
+#include "document/richtext/fontnames.h"
 #include "support/archivebuilder.h"
 
 #include <QDir>

@@ -1,4 +1,4 @@
-#include "document/richtextdocument.h"
+#include "document/richtext/richtextdocument.h"
 #include "layout/measurement.h"
 
 #include <QRawFont>
