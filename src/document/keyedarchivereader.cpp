@@ -196,15 +196,6 @@ Rgba namedColor(const QString& name)
     return Rgba{0, 0, 0, 255};
 }
 
-// Builds a text from runs that cover it in order.
-RichText joinRuns(const QString& text, const std::vector<AttributeRun>& runs)
-{
-    RichText joined;
-    for (const AttributeRun& run : runs)
-        joined.append(text.mid(run.location, run.length), run.attributes);
-    return joined;
-}
-
 class ArchiveReader
 {
 public:
@@ -301,10 +292,10 @@ public:
             // One run: a dictionary, or no attributes at all.
             if (attributes->isNil())
                 return RichText(string);
-            Result<TextAttributes> single = readAttributes(*attributes);
+            Result<const TextAttributes*> single = readAttributes(*attributes);
             if (!single)
                 return single.error();
-            return RichText(string, single.value());
+            return RichText(string, **single);
         }
 
         // Several runs: an array of dictionaries and the run table.
@@ -314,25 +305,38 @@ public:
         Result<std::vector<Object>> dictionaries = readArray(*attributes, "attributes");
         if (!dictionaries)
             return dictionaries.error();
-        Result<std::vector<RunTableEntry>> entries =
-            decodeRunTable(table.value(), string.size(), qint64(dictionaries->size()));
-        if (!entries)
-            return entries.error();
+        const qint64 dictionaryCount = qint64(dictionaries->size());
+        // The whole table is checked before any dictionary is read, so that a damaged
+        // table is reported as such whatever the dictionaries hold.
+        if (Status checked = readRunTable(table.value(), string.size(), dictionaryCount,
+                                          [](const RunTableEntry&) { return Status(Done{}); });
+            !checked)
+            return checked.error();
 
-        std::vector<AttributeRun> runs;
-        int location = 0;
-        for (const RunTableEntry& entry : entries.value()) {
-            Result<TextAttributes> runAttributes =
-                readAttributes(dictionaries.value()[std::size_t(entry.index)]);
-            if (!runAttributes)
-                return runAttributes.error();
-            if (!runs.empty() && runs.back().attributes == runAttributes.value())
-                runs.back().length += int(entry.length);
-            else
-                runs.push_back({location, int(entry.length), std::move(runAttributes).value()});
-            location += int(entry.length);
-        }
-        return joinRuns(string, runs);
+        // The runs go straight into the text; a dictionary is read when a run first uses
+        // it, and every later run shares what was read.
+        std::vector<const TextAttributes*> read(dictionaries->size(), nullptr);
+        RichText joined;
+        const QStringView characters(string);
+        qint64 location = 0;
+        const Status built =
+            readRunTable(table.value(), string.size(), dictionaryCount,
+                         [&](const RunTableEntry& entry) -> Status {
+                             const TextAttributes*& runAttributes = read[std::size_t(entry.index)];
+                             if (runAttributes == nullptr) {
+                                 Result<const TextAttributes*> decoded =
+                                     readAttributes(dictionaries.value()[std::size_t(entry.index)]);
+                                 if (!decoded)
+                                     return decoded.error();
+                                 runAttributes = *decoded;
+                             }
+                             joined.append(characters.mid(location, entry.length), *runAttributes);
+                             location += entry.length;
+                             return Done{};
+                         });
+        if (!built)
+            return built.error();
+        return joined;
     }
 
     Result<Rgba> readColor(const Object& object)
@@ -770,14 +774,16 @@ private:
         return int(*value);
     }
 
-    // An attribute dictionary (NSDictionary with NS.keys and NS.objects). A nil
-    // dictionary has no attributes.
-    Result<TextAttributes> readAttributes(const Object& object)
+    // An attribute dictionary (NSDictionary with NS.keys and NS.objects), read once and
+    // kept by the reader, which the result points into. A nil dictionary has no
+    // attributes.
+    Result<const TextAttributes*> readAttributes(const Object& object)
     {
+        static const TextAttributes kNoAttributes;
         if (object.isNil())
-            return TextAttributes{};
+            return &kNoAttributes;
         if (const auto known = m_attributes.find(object.uid); known != m_attributes.end())
-            return known->second;
+            return &known->second;
         if (Status entered = enter(object); !entered)
             return entered.error();
         const auto leave = qScopeGuard([this] { m_path.pop_back(); });
@@ -848,8 +854,7 @@ private:
                 attributes.strikethrough = style.value();
             }
         }
-        m_attributes.emplace(object.uid, attributes);
-        return attributes;
+        return &m_attributes.emplace(object.uid, std::move(attributes)).first->second;
     }
 
     PlistPtr m_plist;

@@ -508,7 +508,7 @@ void TestKeyedArchive::textStorageFixtures()
     const auto text = unarchiveRichText(readFixture(file));
     QVERIFY2(text.ok(), qPrintable(text.ok() ? QString() : text.error().message));
     QCOMPARE(text->string(), string);
-    const std::vector<AttributeRun> runs = text->runs();
+    const auto runs = text->runs();
     QCOMPARE(runs.size(), std::size_t(1));
     const TextAttributes& attributes = runs.front().attributes;
 
@@ -538,7 +538,7 @@ void TestKeyedArchive::sketchFixture()
     const auto text = unarchiveRichText(readFixture(u"react-sketchapp-sketch-myhothot.bplist"_s));
     QVERIFY2(text.ok(), qPrintable(text.ok() ? QString() : text.error().message));
     QCOMPARE(text->string(), u"My hot hot ABCD"_s);
-    const std::vector<AttributeRun> runs = text->runs();
+    const auto runs = text->runs();
     QCOMPARE(runs.size(), std::size_t(1));
     const TextAttributes& attributes = runs.front().attributes;
     // Sketch's own font attribute and NSKern are not attributes labels have.
@@ -824,7 +824,7 @@ void TestKeyedArchive::multiRunForm()
     QCOMPARE(parsed.className(info), u"NSMutableData"_s);
 
     // Equal dictionaries are shared: the base attributes serve six runs.
-    const std::vector<AttributeRun> runs = text.runs();
+    const auto runs = text.runs();
     QCOMPARE(runs.size(), std::size_t(12));
     std::vector<TextAttributes> distinct;
     for (const AttributeRun& run : runs) {
