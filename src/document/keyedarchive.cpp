@@ -83,10 +83,7 @@ double clampFraction(double value)
 class ArchiveWriter
 {
 public:
-    ArchiveWriter() : m_objects(plist_new_array())
-    {
-        plist_array_append_item(m_objects.get(), plist_new_string("$null"));
-    }
+    ArchiveWriter() { add(plist_new_string("$null")); }
 
     QByteArray archive(const RichText& text)
     {
@@ -140,24 +137,29 @@ private:
         plist_t topObjects = plist_new_dict();
         plist_dict_set_item(topObjects, "root", plist_new_uid(root));
         plist_dict_set_item(top.get(), "$top", topObjects);
-        plist_dict_set_item(top.get(), "$objects", m_objects.release());
+        plist_t objects = plist_new_array();
+        for (PlistPtr& object : m_objects) {
+            Q_ASSERT(object);
+            plist_array_append_item(objects, object.release());
+        }
+        plist_dict_set_item(top.get(), "$objects", objects);
         return binaryPropertyList(top.get());
     }
 
     quint64 add(plist_t node)
     {
-        const quint64 uid = plist_array_get_size(m_objects.get());
-        plist_array_append_item(m_objects.get(), node);
-        return uid;
+        m_objects.emplace_back(node);
+        return m_objects.size() - 1;
     }
 
     // Takes an index for an object whose contents are written after its children.
-    quint64 reserve() { return add(plist_new_bool(0)); }
-
-    void place(quint64 uid, plist_t node)
+    quint64 reserve()
     {
-        plist_array_set_item(m_objects.get(), node, uint32_t(uid));
+        m_objects.emplace_back();
+        return m_objects.size() - 1;
     }
+
+    void place(quint64 uid, plist_t node) { m_objects[uid].reset(node); }
 
     quint64 classDescription(const char* name)
     {
@@ -345,7 +347,10 @@ private:
         return uid;
     }
 
-    PlistPtr m_objects;
+    // The object table, kept here until it is complete: libplist finds an item of an
+    // array by walking to it, so placing objects into its array one by one would take
+    // time that grows with the square of the table.
+    std::vector<PlistPtr> m_objects;
     std::map<QByteArray, quint64> m_classes;
     std::map<QByteArray, quint64> m_strings;
     std::map<qint64, quint64> m_integers;

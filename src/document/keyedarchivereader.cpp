@@ -19,9 +19,11 @@
 #include <QStringList>
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <map>
 #include <optional>
+#include <vector>
 
 namespace lomir {
 
@@ -196,6 +198,25 @@ Rgba namedColor(const QString& name)
     return Rgba{0, 0, 0, 255};
 }
 
+// The items of an array node, in order. libplist looks an item of a parsed array up by
+// walking from the first, so reading items by index would take time that grows with the
+// square of the array; one walk gives them all.
+std::vector<plist_t> arrayItems(plist_t array)
+{
+    std::vector<plist_t> items;
+    items.reserve(plist_array_get_size(array));
+    plist_array_iter iterator = nullptr;
+    plist_array_new_iter(array, &iterator);
+    const auto freeIterator = qScopeGuard([&] { std::free(iterator); });
+    for (plist_t item = nullptr;;) {
+        plist_array_next_item(array, iterator, &item);
+        if (item == nullptr)
+            break;
+        items.push_back(item);
+    }
+    return items;
+}
+
 class ArchiveReader
 {
 public:
@@ -240,7 +261,7 @@ public:
             return known->second;
         if (uid >= m_count)
             return archiveDamaged("an object's class is not in its object table");
-        plist_t description = plist_array_get_item(m_objects, uint32_t(uid));
+        plist_t description = m_objectNodes[uid];
         if (plist_get_node_type(description) != PLIST_DICT)
             return archiveDamaged("an object's class description is not a dictionary");
         plist_t name = plist_dict_get_item(description, "$classname");
@@ -251,9 +272,7 @@ public:
             if (plist_get_node_type(chain) != PLIST_ARRAY)
                 return archiveDamaged("an object's class description has a malformed list of "
                                       "superclasses");
-            const uint32_t count = plist_array_get_size(chain);
-            for (uint32_t i = 0; i < count; ++i) {
-                plist_t entry = plist_array_get_item(chain, i);
+            for (plist_t entry : arrayItems(chain)) {
                 if (plist_get_node_type(entry) != PLIST_STRING)
                     return archiveDamaged("an object's class description has a malformed list "
                                           "of superclasses");
@@ -471,7 +490,8 @@ private:
         if (m_objects == nullptr || plist_get_node_type(m_objects) != PLIST_ARRAY ||
             plist_array_get_size(m_objects) == 0)
             return archiveDamaged("it has no object table");
-        m_count = plist_array_get_size(m_objects);
+        m_objectNodes = arrayItems(m_objects);
+        m_count = m_objectNodes.size();
         plist_t topObjects = plist_dict_get_item(top, "$top");
         if (topObjects == nullptr || plist_get_node_type(topObjects) != PLIST_DICT)
             return archiveDamaged("it has no root object");
@@ -496,7 +516,7 @@ private:
             return Object{};
         if (uid >= m_count)
             return archiveDamaged("it refers to an object that is not in its object table");
-        return Object{uid, plist_array_get_item(m_objects, uint32_t(uid))};
+        return Object{uid, m_objectNodes[uid]};
     }
 
     // Marks an object as being decoded; refuses one that is already being decoded
@@ -593,10 +613,9 @@ private:
             plist_get_node_type(items) != PLIST_ARRAY)
             return notArray;
         std::vector<Object> elements;
-        const uint32_t count = plist_array_get_size(items);
-        elements.reserve(count);
-        for (uint32_t i = 0; i < count; ++i) {
-            Result<Object> element = resolve(plist_array_get_item(items, i));
+        elements.reserve(plist_array_get_size(items));
+        for (plist_t item : arrayItems(items)) {
+            Result<Object> element = resolve(item);
             if (!element)
                 return element.error();
             elements.push_back(element.value());
@@ -802,13 +821,13 @@ private:
                                   "match");
 
         TextAttributes attributes;
-        const uint32_t count = empty ? 0 : plist_array_get_size(keys);
-        for (uint32_t i = 0; i < count; ++i) {
-            Result<QString> key =
-                readString(plist_array_get_item(keys, i), "the name of an attribute");
+        const std::vector<plist_t> keyItems = empty ? std::vector<plist_t>() : arrayItems(keys);
+        const std::vector<plist_t> valueItems = empty ? std::vector<plist_t>() : arrayItems(values);
+        for (std::size_t i = 0; i < keyItems.size(); ++i) {
+            Result<QString> key = readString(keyItems[i], "the name of an attribute");
             if (!key)
                 return key.error();
-            plist_t value = plist_array_get_item(values, i);
+            plist_t value = valueItems[i];
             const QString& name = key.value();
             if (name == QLatin1String("NSFont")) {
                 Result<Object> font = resolve(value);
@@ -859,6 +878,7 @@ private:
 
     PlistPtr m_plist;
     plist_t m_objects = nullptr;
+    std::vector<plist_t> m_objectNodes; // the items of m_objects, by UID
     quint64 m_count = 0;
     Object m_root;
     std::vector<quint64> m_path;

@@ -352,6 +352,7 @@ private Q_SLOTS:
     void binaryListBomb();
     void deeplyNestedLists();
     void manyRunsShareOneDictionary();
+    void manyDistinctDictionaries();
     void oversizedArchive();
 };
 
@@ -1598,6 +1599,29 @@ void TestKeyedArchive::manyRunsShareOneDictionary()
     const auto read = unarchiveRichText(archive);
     const auto elapsed = std::chrono::steady_clock::now() - started;
     QVERIFY(read.ok());
+    QCOMPARE(read.value(), text);
+    QVERIFY2(elapsed < std::chrono::seconds(10),
+             qPrintable(
+                 QStringLiteral("took %1 ms")
+                     .arg(std::chrono::duration_cast<std::chrono::milliseconds>(elapsed).count())));
+}
+
+void TestKeyedArchive::manyDistinctDictionaries()
+{
+    // 20000 runs, each of a colour of its own: an object table of some 40000 entries.
+    // An object is found by its place in the table, not by walking the table to it.
+    const int runs = 20000;
+    RichText text;
+    for (int run = 0; run < runs; ++run) {
+        TextAttributes attributes;
+        attributes.foreground = Rgba{quint8(run), quint8(run >> 8), 0, 255};
+        text.append(QString(QChar(u'a' + run % 26)), attributes);
+    }
+    const QByteArray archive = archiveRichText(text);
+    const auto started = std::chrono::steady_clock::now();
+    const auto read = unarchiveRichText(archive);
+    const auto elapsed = std::chrono::steady_clock::now() - started;
+    QVERIFY2(read.ok(), qPrintable(read.ok() ? QString() : read.error().message));
     QCOMPARE(read.value(), text);
     QVERIFY2(elapsed < std::chrono::seconds(10),
              qPrintable(
