@@ -350,6 +350,7 @@ private Q_SLOTS:
     void colorThatContainsItself();
     void binaryListThatContainsItself();
     void binaryListBomb();
+    void repeatedReferences();
     void deeplyNestedLists();
     void manyRunsShareOneDictionary();
     void manyDistinctDictionaries();
@@ -1536,6 +1537,31 @@ void TestKeyedArchive::binaryListBomb()
     QVERIFY(!shallow.ok());
     QVERIFY2(shallow.error().message.contains(u"repeats objects"_s),
              qPrintable(shallow.error().message));
+}
+
+void TestKeyedArchive::repeatedReferences()
+{
+    // An attribute list that names one dictionary 100000 times: a file of about 100 kB
+    // that libplist would expand into 100000 nodes of a hundred bytes each. No real
+    // archive is that dense; it is refused before libplist reads it.
+    RichText text(u"ab"_s);
+    TextAttributes underlined;
+    underlined.underline = LineStyle::Single;
+    text.setAttributes(1, 1, underlined);
+    const QByteArray repeated = mutated(archiveRichText(text), [](ParsedArchive& p) {
+        plist_t array = p.follow(plist_dict_get_item(p.root(), "NSAttributes"));
+        uint64_t first = 0;
+        plist_get_uid_val(plist_array_get_item(plist_dict_get_item(array, "NS.objects"), 0),
+                          &first);
+        plist_t items = plist_new_array();
+        for (int i = 0; i < 100000; ++i)
+            plist_array_append_item(items, plist_new_uid(first));
+        plist_dict_set_item(array, "NS.objects", items);
+    });
+    QVERIFY(repeated.size() < 200000);
+    const auto read = unarchiveRichText(repeated);
+    QVERIFY(!read.ok());
+    QVERIFY2(read.error().message.contains(u"repeats objects"_s), qPrintable(read.error().message));
 }
 
 void TestKeyedArchive::deeplyNestedLists()
