@@ -151,8 +151,6 @@ std::size_t RichText::splitAt(int position)
 
 void RichText::normalize()
 {
-    std::vector<quint32> renumbered(m_attributeSets.size(), kNoSet);
-    std::vector<TextAttributes> used;
     std::size_t kept = 0;
     int start = 0;
     for (const Run& run : m_runs) {
@@ -166,16 +164,66 @@ void RichText::normalize()
         m_runs[kept++] = run;
     }
     m_runs.resize(kept);
+
+    std::vector<quint32> renumbered(m_attributeSets.size(), kNoSet);
+    quint32 used = 0;
     for (Run& run : m_runs) {
         quint32& set = renumbered[run.attributeSet];
-        if (set == kNoSet) {
-            set = quint32(used.size());
-            used.push_back(std::move(m_attributeSets[run.attributeSet]));
-        }
+        if (set == kNoSet)
+            set = used++;
         run.attributeSet = set;
     }
-    m_attributeSets = std::move(used);
+    // Sets that keep their order move down in place; others go into a new table.
+    bool keepOrder = true;
+    quint32 next = 0;
+    for (const quint32 set : renumbered) {
+        if (set != kNoSet) {
+            keepOrder = keepOrder && set == next;
+            ++next;
+        }
+    }
+    if (keepOrder) {
+        for (quint32 set = 0; set < renumbered.size(); ++set) {
+            if (renumbered[set] != kNoSet && renumbered[set] != set)
+                m_attributeSets[renumbered[set]] = std::move(m_attributeSets[set]);
+        }
+        m_attributeSets.resize(used);
+    } else {
+        std::vector<TextAttributes> sets(used);
+        for (quint32 set = 0; set < renumbered.size(); ++set) {
+            if (renumbered[set] != kNoSet)
+                sets[renumbered[set]] = std::move(m_attributeSets[set]);
+        }
+        m_attributeSets = std::move(sets);
+    }
     rebuildSetIndex();
+}
+
+void RichText::mergeEqualSets()
+{
+    // The index is built afresh; a set equal to one before it gives way to that one.
+    std::size_t size = 8;
+    while (size < 2 * (m_attributeSets.size() + 1))
+        size *= 2;
+    m_setIndex.assign(size, kNoSet);
+    const std::size_t mask = size - 1;
+    std::vector<quint32> replacement(m_attributeSets.size());
+    bool merged = false;
+    for (quint32 set = 0; set < m_attributeSets.size(); ++set) {
+        std::size_t slot = hashOf(m_attributeSets[set]) & mask;
+        while (m_setIndex[slot] != kNoSet &&
+               m_attributeSets[m_setIndex[slot]] != m_attributeSets[set])
+            slot = (slot + 1) & mask;
+        if (m_setIndex[slot] == kNoSet)
+            m_setIndex[slot] = set;
+        merged = merged || m_setIndex[slot] != set;
+        replacement[set] = m_setIndex[slot];
+    }
+    if (!merged)
+        return;
+    for (Run& run : m_runs)
+        run.attributeSet = replacement[run.attributeSet];
+    normalize();
 }
 
 void RichText::replace(int location, int length, const QString& text)

@@ -204,6 +204,9 @@ private:
     // Merges neighbours with the same set, drops empty runs and sets no run uses, and
     // numbers the sets in order of first use, so that equal texts are stored alike.
     void normalize();
+    // After sets were changed in place: makes sets that became equal one, then
+    // normalizes.
+    void mergeEqualSets();
     void rebuildSetIndex();
 
     QString m_string;
@@ -297,6 +300,13 @@ void RichText::modifyAttributes(int location, int length, Change&& change)
         return;
     const std::size_t first = splitAt(location);
     const std::size_t last = splitAt(location + length);
+    if (first == 0 && last == m_runs.size()) {
+        // Every set is in the range: each is changed where it is, without copies.
+        for (TextAttributes& attributes : m_attributeSets)
+            change(attributes);
+        mergeEqualSets();
+        return;
+    }
     // What each set of the range becomes, worked out once per set.
     std::vector<quint32> changed(m_attributeSets.size(), kNoSet);
     for (std::size_t i = first; i < last; ++i) {

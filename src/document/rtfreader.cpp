@@ -1377,7 +1377,10 @@ void RtfReader::closeParagraph(const ParagraphFormat& format)
     }
     text.modifyAttributes(0, text.length(),
                           [&](TextAttributes& attributes) { attributes.paragraph = paragraph; });
-    m_text.append(text);
+    if (m_text.isEmpty())
+        m_text = std::move(text);
+    else
+        m_text.append(text);
 }
 
 void RtfReader::finishFontEntry()

@@ -229,6 +229,34 @@ private Q_SLOTS:
         QCOMPARE(runs[1].attributes.font, boldAttributes().font);
     }
 
+    void modifyingEveryRunMergesSetsThatBecomeEqual()
+    {
+        // Changed over the whole text, the sets change where they are; two that become
+        // equal become one, and so do their runs.
+        TextAttributes underlined = boldAttributes();
+        underlined.underline = LineStyle::Single;
+        RichText text(QStringLiteral("ab"), boldAttributes());
+        text.append(QStringLiteral("cd"), underlined);
+        text.append(QStringLiteral("ef"), colouredAttributes());
+        text.modifyAttributes(0, text.length(), [](TextAttributes& attributes) {
+            attributes.underline = LineStyle::None;
+        });
+        RichText expected(QStringLiteral("abcd"), boldAttributes());
+        expected.append(QStringLiteral("ef"), colouredAttributes());
+        QCOMPARE(text, expected);
+        QCOMPARE(text.runs().size(), std::size_t(2));
+        // Changed over part of it, the same.
+        text.append(QStringLiteral("gh"), underlined);
+        text.modifyAttributes(4, 4, [](TextAttributes& attributes) {
+            attributes.foreground.reset();
+            attributes.underline = LineStyle::None;
+        });
+        RichText partly(QStringLiteral("abcd"), boldAttributes());
+        partly.append(QStringLiteral("ef"), TextAttributes{});
+        partly.append(QStringLiteral("gh"), boldAttributes());
+        QCOMPARE(text, partly);
+    }
+
     void deleteLastCharacter_data()
     {
         QTest::addColumn<QString>("text");
