@@ -321,7 +321,7 @@ public:
         Result<QByteArray> table = readData(*info, "the run table of an attributed string");
         if (!table)
             return table.error();
-        Result<std::vector<Object>> dictionaries = readArray(*attributes, "attributes");
+        Result<std::vector<plist_t>> dictionaries = readArray(*attributes, "attributes");
         if (!dictionaries)
             return dictionaries.error();
         const qint64 dictionaryCount = qint64(dictionaries->size());
@@ -332,27 +332,24 @@ public:
             !checked)
             return checked.error();
 
-        // The runs go straight into the text; a dictionary is read when a run first uses
-        // it, and every later run shares what was read.
-        std::vector<const TextAttributes*> read(dictionaries->size(), nullptr);
+        // The runs go straight into the text. A dictionary is read when a run first uses
+        // it; later runs find it among those read.
         RichText joined;
         const QStringView characters(string);
         qint64 location = 0;
-        const Status built =
-            readRunTable(table.value(), string.size(), dictionaryCount,
-                         [&](const RunTableEntry& entry) -> Status {
-                             const TextAttributes*& runAttributes = read[std::size_t(entry.index)];
-                             if (runAttributes == nullptr) {
-                                 Result<const TextAttributes*> decoded =
-                                     readAttributes(dictionaries.value()[std::size_t(entry.index)]);
-                                 if (!decoded)
-                                     return decoded.error();
-                                 runAttributes = *decoded;
-                             }
-                             joined.append(characters.mid(location, entry.length), *runAttributes);
-                             location += entry.length;
-                             return Done{};
-                         });
+        const Status built = readRunTable(
+            table.value(), string.size(), dictionaryCount,
+            [&](const RunTableEntry& entry) -> Status {
+                Result<Object> dictionary = resolve(dictionaries.value()[std::size_t(entry.index)]);
+                if (!dictionary)
+                    return dictionary.error();
+                Result<const TextAttributes*> runAttributes = readAttributes(*dictionary);
+                if (!runAttributes)
+                    return runAttributes.error();
+                joined.append(characters.mid(location, entry.length), **runAttributes);
+                location += entry.length;
+                return Done{};
+            });
         if (!built)
             return built.error();
         return joined;
@@ -598,8 +595,10 @@ private:
         return archiveDamaged(QStringLiteral("%1 is not data").arg(QLatin1String(what)));
     }
 
-    // The elements of an NSArray (NSMutableArray) object.
-    Result<std::vector<Object>> readArray(const Object& object, const char* what)
+    // The references held by an NSArray (NSMutableArray) object, each checked to lead
+    // into the object table. They are kept as references, eight bytes each, rather
+    // than resolved: an array may be millions long.
+    Result<std::vector<plist_t>> readArray(const Object& object, const char* what)
     {
         const Error notArray =
             archiveDamaged(QStringLiteral("its %1 are not a list").arg(QLatin1String(what)));
@@ -612,15 +611,12 @@ private:
         if (!info->inherits("NSArray") || items == nullptr ||
             plist_get_node_type(items) != PLIST_ARRAY)
             return notArray;
-        std::vector<Object> elements;
-        elements.reserve(plist_array_get_size(items));
-        for (plist_t item : arrayItems(items)) {
-            Result<Object> element = resolve(item);
-            if (!element)
+        std::vector<plist_t> references = arrayItems(items);
+        for (plist_t reference : references) {
+            if (Result<Object> element = resolve(reference); !element)
                 return element.error();
-            elements.push_back(element.value());
         }
-        return elements;
+        return references;
     }
 
     Result<std::optional<double>> realFor(plist_t dict, const char* key)

@@ -158,7 +158,7 @@ private:
         m_height.assign(m_count, 0);
         // libplist makes one node per reference followed, and a node takes it about a
         // hundred bytes. The densest archives macOS and our writer make have a node for
-        // every six and a half bytes or more; a list with more than one for every four
+        // every six and a half bytes or more; a list with more than one for every five
         // bytes, beyond what any small list may have, repeats objects to blow up.
         const quint64 maxNodes = m_size / kBytesPerNode + kNodeAllowance;
 
@@ -222,7 +222,7 @@ private:
         return Done{};
     }
 
-    static constexpr quint64 kBytesPerNode = 4;
+    static constexpr quint64 kBytesPerNode = 5;
     static constexpr quint64 kNodeAllowance = 4096;
     static constexpr quint64 kWeightCap = quint64(1) << 62;
     static constexpr quint64 kStoredWeightCap = 0xffffffff;
