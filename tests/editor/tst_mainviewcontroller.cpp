@@ -949,8 +949,7 @@ private Q_SLOTS:
                                              "the end of next summer, keep cool"));
         const RichText text = opened.editor->labelText();
         const QTextDocument* editorDocument = opened.textView()->document();
-        const LabelTextLayout printed(text,
-                                      opened.editor->labelSize().width() - 2.0 * kLabelTextMargin);
+        const LabelTextLayout printed(text, opened.editor->labelSize().width());
         const QTextBlock editorBlock = editorDocument->begin();
         const QTextBlock printedBlock = printed.document().begin();
         QVERIFY(editorBlock.layout()->lineCount() > 3);
