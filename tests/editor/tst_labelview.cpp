@@ -9,6 +9,7 @@
 #include "layout/printplan.h"
 #include "layout/tilingtextview.h"
 #include "support/labelfonts.h"
+#include "support/labelimages.h"
 
 #include <QApplication>
 #include <QGraphicsScene>
@@ -24,7 +25,7 @@
 #include <memory>
 
 using namespace lomir;
-using lomir::testing::arial;
+using namespace lomir::testing;
 
 namespace {
 
@@ -55,24 +56,6 @@ QList<int> lineStarts(const QTextBlock& block)
     return starts;
 }
 
-// Pixels per point the label is compared at: a 4-point letter is 32 pixels high.
-constexpr double kComparisonScale = 8.0;
-
-// The label as the editor shows it, card and text, kComparisonScale pixels per point,
-// without the caret.
-QImage editorImage(CenteredClipView& view)
-{
-    LabelCell* cell = view.documentView();
-    view.scene()->setFocusItem(nullptr);
-    const QRectF frame = cell->frame();
-    QImage image((frame.size() * kComparisonScale).toSize(), QImage::Format_ARGB32_Premultiplied);
-    image.fill(Qt::white);
-    QPainter painter(&image);
-    painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
-    view.scene()->render(&painter, QRectF(QPointF(0.0, 0.0), QSizeF(image.size())), frame);
-    return image;
-}
-
 // The first copy of the label as the print job paints it on white paper, at the same
 // scale: the cell's rectangle of the first page.
 QImage printedCellImage(const RichText& text, const QSizeF& label, double spacing)
@@ -89,40 +72,6 @@ QImage printedCellImage(const RichText& text, const QSizeF& label, double spacin
     painter.translate(-spacing / 2.0, -spacing / 2.0);
     paintPage(painter, *tiling, plan.margins, 0);
     return image;
-}
-
-// The share of pixels whose colour differs by more than a quarter of the range in any
-// channel.
-double differingShare(const QImage& a, const QImage& b)
-{
-    if (a.size() != b.size())
-        return 1.0;
-    qint64 differing = 0;
-    for (int y = 0; y < a.height(); ++y) {
-        for (int x = 0; x < a.width(); ++x) {
-            const QRgb p = a.pixel(x, y);
-            const QRgb q = b.pixel(x, y);
-            const int difference =
-                std::max({std::abs(qRed(p) - qRed(q)), std::abs(qGreen(p) - qGreen(q)),
-                          std::abs(qBlue(p) - qBlue(q))});
-            if (difference > 64)
-                ++differing;
-        }
-    }
-    return double(differing) / double(qint64(a.width()) * a.height());
-}
-
-// The share of pixels that are not white: how much ink there is to compare.
-double inkShare(const QImage& image)
-{
-    qint64 ink = 0;
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) {
-            if (qGray(image.pixel(x, y)) < 192)
-                ++ink;
-        }
-    }
-    return double(ink) / double(qint64(image.width()) * image.height());
 }
 
 class TestLabelView : public QObject
