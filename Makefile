@@ -26,9 +26,11 @@ test: build
 	cd $(BUILD_DIR) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j $(JOBS)
 
 bench: configure
-	cmake --build $(BUILD_DIR) -j $(JOBS) --target tiling-bench
+	cmake --build $(BUILD_DIR) -j $(JOBS) --target tiling-bench preview-bench
 	$(BUILD_DIR)/bench/tiling-bench
 	$(BUILD_DIR)/bench/tiling-bench --rich
+	$(BUILD_DIR)/bench/preview-bench
+	$(BUILD_DIR)/bench/preview-bench --stock
 	BUILD_DIR=$(BUILD_DIR) bench/startup
 
 run: build

@@ -1,7 +1,6 @@
 #include "app/pagesetupdialog.h"
 
 #include "layout/pagesetup.h"
-#include "layout/sheetgeometry.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -37,25 +36,52 @@ int decimalsFor(QPageLayout::Unit unit)
     return unit == QPageLayout::Inch ? 3 : 2;
 }
 
-QDoubleSpinBox* lengthBox(QWidget* parent)
-{
-    auto* box = new QDoubleSpinBox(parent);
-    box->setMinimum(0.0);
-    box->setKeyboardTracking(false);
-    return box;
-}
-
-// Sets a length box to a unit, keeping the length it shows.
-void setUnit(QDoubleSpinBox* box, QPageLayout::Unit from, QPageLayout::Unit to)
-{
-    const double points = box->value() * pointsPerUnit(from);
-    const QSignalBlocker quiet(box);
-    box->setDecimals(decimalsFor(to));
-    box->setMaximum(kLargestLengthPoints / pointsPerUnit(to));
-    box->setValue(points / pointsPerUnit(to));
-}
-
 } // namespace
+
+// A length typed in the dialog's unit. The box keeps the length exactly, in points, and
+// shows it rounded to the unit's decimals: a margin of 5 mm stays 5 mm when the dialog is
+// switched to inches and back, and when it is not touched at all.
+class LengthBox final : public QDoubleSpinBox
+{
+public:
+    explicit LengthBox(QWidget* parent) : QDoubleSpinBox(parent)
+    {
+        setMinimum(0.0);
+        setKeyboardTracking(false);
+        setUnit(QPageLayout::Point);
+        // Only what the user types changes the length; the others set it in points.
+        connect(this, &QDoubleSpinBox::valueChanged, this,
+                [this](double value) { m_points = value * pointsPerUnit(m_unit); });
+    }
+
+    double points() const { return m_points; }
+    // The length in the dialog's unit, unrounded.
+    double length() const { return m_points / pointsPerUnit(m_unit); }
+    void setPoints(double points)
+    {
+        m_points = points;
+        showLength();
+    }
+    void setUnit(QPageLayout::Unit unit)
+    {
+        // Fewer decimals round the value shown, which is not a change of the length.
+        const QSignalBlocker quiet(this);
+        m_unit = unit;
+        setDecimals(decimalsFor(unit));
+        setMaximum(kLargestLengthPoints / pointsPerUnit(unit));
+        showLength();
+    }
+
+private:
+    void showLength()
+    {
+        const QSignalBlocker quiet(this);
+        setValue(length());
+    }
+
+    QPageLayout::Unit m_unit = QPageLayout::Point;
+    double m_points = 0.0;
+};
 
 PrinterCalibration PageSetupChoice::calibration() const
 {
@@ -67,10 +93,10 @@ PageSetupDialog::PageSetupDialog(const PageSetupChoice& current, const QStringLi
                                  std::function<PrinterCalibration(const QString&)> calibrationOf,
                                  QWidget* parent)
     : QDialog(parent), m_printer(new QComboBox(this)), m_paper(new QComboBox(this)),
-      m_paperWidth(lengthBox(this)), m_paperHeight(lengthBox(this)),
+      m_paperWidth(new LengthBox(this)), m_paperHeight(new LengthBox(this)),
       m_orientation(new QComboBox(this)), m_unit(new QComboBox(this)),
-      m_marginLeft(lengthBox(this)), m_marginTop(lengthBox(this)), m_marginRight(lengthBox(this)),
-      m_marginBottom(lengthBox(this)),
+      m_marginLeft(new LengthBox(this)), m_marginTop(new LengthBox(this)),
+      m_marginRight(new LengthBox(this)), m_marginBottom(new LengthBox(this)),
       m_noRoom(new QLabel(tr("The margins leave no room for labels on this paper."), this)),
       m_calibration(new QGroupBox(tr("Printer Calibration"), this)),
       m_horizontalOffset(new QDoubleSpinBox(this)), m_verticalOffset(new QDoubleSpinBox(this)),
@@ -83,16 +109,16 @@ PageSetupDialog::PageSetupDialog(const PageSetupChoice& current, const QStringLi
 
     // Paper.
     const QPageLayout& layout = current.layout;
-    m_shownUnit = std::find(kUnits.begin(), kUnits.end(), layout.units()) != kUnits.end()
-                      ? layout.units()
-                      : QPageLayout::Point;
+    const QPageLayout::Unit shownUnit =
+        std::find(kUnits.begin(), kUnits.end(), layout.units()) != kUnits.end()
+            ? layout.units()
+            : QPageLayout::Point;
     m_unit->addItem(tr("Millimetres"), int(QPageLayout::Millimeter));
     m_unit->addItem(tr("Inches"), int(QPageLayout::Inch));
     m_unit->addItem(tr("Points"), int(QPageLayout::Point));
-    m_unit->setCurrentIndex(m_unit->findData(int(m_shownUnit)));
-    for (QDoubleSpinBox* box :
-         {m_paperWidth, m_paperHeight, m_marginLeft, m_marginTop, m_marginRight, m_marginBottom})
-        setUnit(box, m_shownUnit, m_shownUnit);
+    m_unit->setCurrentIndex(m_unit->findData(int(shownUnit)));
+    for (LengthBox* box : lengthBoxes())
+        box->setUnit(shownUnit);
 
     m_orientation->addItem(tr("Portrait"), int(QPageLayout::Portrait));
     m_orientation->addItem(tr("Landscape"), int(QPageLayout::Landscape));
@@ -100,16 +126,14 @@ PageSetupDialog::PageSetupDialog(const PageSetupChoice& current, const QStringLi
 
     fillPaperSizes(layout.pageSize());
     const QSizeF paper = layout.pageSize().definitionSize() *
-                         pointsPerUnit(QPageLayout::Unit(layout.pageSize().definitionUnits())) /
-                         pointsPerUnit(m_shownUnit);
-    m_paperWidth->setValue(paper.width());
-    m_paperHeight->setValue(paper.height());
-    const QMarginsF margins =
-        layout.margins() * (pointsPerUnit(layout.units()) / pointsPerUnit(m_shownUnit));
-    m_marginLeft->setValue(margins.left());
-    m_marginTop->setValue(margins.top());
-    m_marginRight->setValue(margins.right());
-    m_marginBottom->setValue(margins.bottom());
+                         pointsPerUnit(QPageLayout::Unit(layout.pageSize().definitionUnits()));
+    m_paperWidth->setPoints(paper.width());
+    m_paperHeight->setPoints(paper.height());
+    const QMarginsF margins = layout.margins() * pointsPerUnit(layout.units());
+    m_marginLeft->setPoints(margins.left());
+    m_marginTop->setPoints(margins.top());
+    m_marginRight->setPoints(margins.right());
+    m_marginBottom->setPoints(margins.bottom());
     paperChanged();
 
     auto* paperSize = new QHBoxLayout;
@@ -180,8 +204,7 @@ PageSetupDialog::PageSetupDialog(const PageSetupChoice& current, const QStringLi
     connect(m_paper, &QComboBox::currentIndexChanged, this, &PageSetupDialog::paperChanged);
     connect(m_unit, &QComboBox::currentIndexChanged, this, &PageSetupDialog::unitChanged);
     connect(m_printer, &QComboBox::currentIndexChanged, this, &PageSetupDialog::printerChanged);
-    for (QDoubleSpinBox* box :
-         {m_paperWidth, m_paperHeight, m_marginLeft, m_marginTop, m_marginRight, m_marginBottom})
+    for (LengthBox* box : lengthBoxes())
         connect(box, &QDoubleSpinBox::valueChanged, this, &PageSetupDialog::updateValidity);
     connect(m_orientation, &QComboBox::currentIndexChanged, this, &PageSetupDialog::updateValidity);
     connect(m_calibrationPage, &QPushButton::clicked, this,
@@ -219,6 +242,21 @@ QDoubleSpinBox* PageSetupDialog::marginBox(Qt::Edge edge) const
     return nullptr;
 }
 
+std::array<LengthBox*, 6> PageSetupDialog::lengthBoxes() const
+{
+    return {m_paperWidth, m_paperHeight, m_marginLeft, m_marginTop, m_marginRight, m_marginBottom};
+}
+
+QDoubleSpinBox* PageSetupDialog::paperWidthBox() const
+{
+    return m_paperWidth;
+}
+
+QDoubleSpinBox* PageSetupDialog::paperHeightBox() const
+{
+    return m_paperHeight;
+}
+
 QPushButton* PageSetupDialog::okButton() const
 {
     return m_buttons->button(QDialogButtonBox::Ok);
@@ -235,8 +273,8 @@ QPageSize PageSetupDialog::pageSize() const
     if (id != QPageSize::Custom)
         return QPageSize(id);
     // QPageSize and QPageLayout count their units alike.
-    return QPageSize(QSizeF(m_paperWidth->value(), m_paperHeight->value()), QPageSize::Unit(unit()),
-                     QString(), QPageSize::ExactMatch);
+    return QPageSize(QSizeF(m_paperWidth->length(), m_paperHeight->length()),
+                     QPageSize::Unit(unit()), QString(), QPageSize::ExactMatch);
 }
 
 void PageSetupDialog::paperChanged()
@@ -247,25 +285,25 @@ void PageSetupDialog::paperChanged()
     if (!custom) {
         // A named paper shows its size; choosing Custom next starts from it.
         const QPageSize size = pageSize();
-        const QSizeF shown = size.definitionSize() *
-                             pointsPerUnit(QPageLayout::Unit(size.definitionUnits())) /
-                             pointsPerUnit(unit());
-        const QSignalBlocker quietWidth(m_paperWidth);
-        const QSignalBlocker quietHeight(m_paperHeight);
-        m_paperWidth->setValue(shown.width());
-        m_paperHeight->setValue(shown.height());
+        const QSizeF points =
+            size.definitionSize() * pointsPerUnit(QPageLayout::Unit(size.definitionUnits()));
+        m_paperWidth->setPoints(points.width());
+        m_paperHeight->setPoints(points.height());
     }
     updateValidity();
 }
 
 void PageSetupDialog::unitChanged()
 {
-    const QPageLayout::Unit to = unit();
-    for (QDoubleSpinBox* box :
-         {m_paperWidth, m_paperHeight, m_marginLeft, m_marginTop, m_marginRight, m_marginBottom})
-        setUnit(box, m_shownUnit, to);
-    m_shownUnit = to;
+    for (LengthBox* box : lengthBoxes())
+        box->setUnit(unit());
     updateValidity();
+}
+
+QMarginsF PageSetupDialog::margins() const
+{
+    return QMarginsF(m_marginLeft->length(), m_marginTop->length(), m_marginRight->length(),
+                     m_marginBottom->length());
 }
 
 void PageSetupDialog::rememberCalibration()
@@ -295,8 +333,7 @@ PageSetupChoice PageSetupDialog::choice() const
     choice.layout =
         QPageLayout(pageSize(), QPageLayout::Orientation(m_orientation->currentData().toInt()),
                     QMarginsF(), lengths);
-    choice.layout.setMargins(QMarginsF(m_marginLeft->value(), m_marginTop->value(),
-                                       m_marginRight->value(), m_marginBottom->value()));
+    choice.layout.setMargins(margins());
     choice.calibrations = m_calibrations;
     if (!m_shownPrinter.isEmpty()) {
         choice.printerName = m_shownPrinter;
@@ -312,14 +349,10 @@ bool PageSetupDialog::isValidChoice() const
     if (!paper.isValid())
         return false;
     const PageSetupChoice chosen = choice();
-    const QMarginsF margins(m_marginLeft->value(), m_marginTop->value(), m_marginRight->value(),
-                            m_marginBottom->value());
     // The layout refuses margins it cannot hold rather than report them.
-    if (chosen.layout.margins() != margins)
+    if (chosen.layout.margins() != margins())
         return false;
-    const QSizeF area =
-        printableArea(paperSettings(chosen.layout).paper, paperSettings(chosen.layout).margins);
-    return area.width() > 0.0 && area.height() > 0.0;
+    return leavesRoom(chosen.layout);
 }
 
 void PageSetupDialog::updateValidity()

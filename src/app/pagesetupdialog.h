@@ -7,6 +7,7 @@
 #include <QPageSize>
 #include <QString>
 #include <QStringList>
+#include <array>
 #include <functional>
 #include <map>
 
@@ -18,6 +19,8 @@ class QLabel;
 class QPushButton;
 
 namespace lomir {
+
+class LengthBox;
 
 // What Page Setup chooses: the document's paper and margins, and the calibration of the
 // printers it was shown for.
@@ -59,8 +62,8 @@ public:
     QComboBox* paperBox() const { return m_paper; }
     QComboBox* orientationBox() const { return m_orientation; }
     QComboBox* unitBox() const { return m_unit; }
-    QDoubleSpinBox* paperWidthBox() const { return m_paperWidth; }
-    QDoubleSpinBox* paperHeightBox() const { return m_paperHeight; }
+    QDoubleSpinBox* paperWidthBox() const;
+    QDoubleSpinBox* paperHeightBox() const;
     QDoubleSpinBox* marginBox(Qt::Edge edge) const;
     QDoubleSpinBox* horizontalOffsetBox() const { return m_horizontalOffset; }
     QDoubleSpinBox* verticalOffsetBox() const { return m_verticalOffset; }
@@ -81,17 +84,19 @@ private:
     void updateValidity();
     QPageLayout::Unit unit() const;
     QPageSize pageSize() const;
+    QMarginsF margins() const;
+    std::array<LengthBox*, 6> lengthBoxes() const;
 
     QComboBox* m_printer;
     QComboBox* m_paper;
-    QDoubleSpinBox* m_paperWidth;
-    QDoubleSpinBox* m_paperHeight;
+    LengthBox* m_paperWidth;
+    LengthBox* m_paperHeight;
     QComboBox* m_orientation;
     QComboBox* m_unit;
-    QDoubleSpinBox* m_marginLeft;
-    QDoubleSpinBox* m_marginTop;
-    QDoubleSpinBox* m_marginRight;
-    QDoubleSpinBox* m_marginBottom;
+    LengthBox* m_marginLeft;
+    LengthBox* m_marginTop;
+    LengthBox* m_marginRight;
+    LengthBox* m_marginBottom;
     QLabel* m_noRoom;
     QGroupBox* m_calibration;
     QDoubleSpinBox* m_horizontalOffset;
@@ -103,7 +108,6 @@ private:
     std::function<PrinterCalibration(const QString&)> m_calibrationOf;
     std::map<QString, PrinterCalibration> m_calibrations;
     QString m_shownPrinter;
-    QPageLayout::Unit m_shownUnit = QPageLayout::Millimeter;
 };
 
 } // namespace lomir

@@ -46,9 +46,16 @@ QSizeF PrintPreviewView::sheetSize() const
     return m_paper.paper * m_pixelsPerPoint;
 }
 
+// Whole pixels a length takes; a length a hair over a whole number (a sheet zoomed to fit
+// the view exactly) does not take one more.
+static double wholePixels(double length)
+{
+    return std::ceil(length - 1e-6);
+}
+
 double PrintPreviewView::pageStride() const
 {
-    return std::ceil(sheetSize().height()) + kPageGap;
+    return wholePixels(sheetSize().height()) + kPageGap;
 }
 
 qint64 PrintPreviewView::currentPage() const
@@ -107,7 +114,7 @@ void PrintPreviewView::updateScrollBars()
     // over two million Letter pages at full width on a large screen).
     const double height = std::min(double(m_pageCount) * pageStride() + kPageGap,
                                    double(std::numeric_limits<int>::max()) - shown.height());
-    const double width = std::ceil(sheetSize().width()) + 2 * kPageGap;
+    const double width = wholePixels(sheetSize().width()) + 2 * kPageGap;
     verticalScrollBar()->setPageStep(shown.height());
     verticalScrollBar()->setRange(0, std::max(0, int(height) - shown.height()));
     horizontalScrollBar()->setPageStep(shown.width());

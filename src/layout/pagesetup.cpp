@@ -57,6 +57,13 @@ std::optional<int> storedUnit(const QSettings& settings, const QString& key)
 
 } // namespace
 
+bool leavesRoom(const QPageLayout& layout)
+{
+    const PaperSettings settings = paperSettings(layout);
+    return settings.paper.width() - settings.margins.left() - settings.margins.right() > 0.0 &&
+           settings.paper.height() - settings.margins.top() - settings.margins.bottom() > 0.0;
+}
+
 QPageLayout defaultPageLayout(QLocale::MeasurementSystem measurementSystem)
 {
     const QPageSize paper(measurementSystem == QLocale::ImperialUSSystem ? QPageSize::Letter
@@ -95,7 +102,8 @@ QPageLayout storedPageLayout(const QSettings& settings)
                        QMarginsF(), QPageLayout::Unit(*marginUnit));
     // Margins that leave no room on the paper make no layout to print on.
     if (!paper.isValid() ||
-        !layout.setMargins(QMarginsF(margins[0], margins[1], margins[2], margins[3])))
+        !layout.setMargins(QMarginsF(margins[0], margins[1], margins[2], margins[3])) ||
+        !leavesRoom(layout))
         return fallback;
     return layout;
 }

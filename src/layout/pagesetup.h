@@ -15,6 +15,9 @@ namespace lomir {
 // (18 points) from every edge, about what a desktop printer cannot reach anyway.
 QPageLayout defaultPageLayout(QLocale::MeasurementSystem measurementSystem);
 
+// Whether the margins leave some of the paper to print on.
+bool leavesRoom(const QPageLayout& layout);
+
 // The paper and margins last chosen in Page Setup, which new documents start from; the
 // default for the system's locale until one is chosen, or when what is stored cannot
 // make a valid layout.
