@@ -238,14 +238,7 @@ private Q_SLOTS:
         QFETCH(double, spacing);
         const QRectF frame(0.0, 0.0, 90.0, 40.0);
         const auto view = viewOfLabel(frame);
-        TextAttributes right = arial(6.0);
-        ParagraphStyle rightAligned;
-        rightAligned.alignment = TextAlignment::Right;
-        right.paragraph = rightAligned;
-        RichText label(QStringLiteral("Quince and apple jelly, made in small batches\n"),
-                       arial(6.0));
-        label.append(QStringLiteral("Best before the end of May, keep cool"), right);
-        label.append(QStringLiteral(" BOLD"), arial(9.0, true));
+        const RichText label = wrappingLabel();
         view->documentView()->textView()->replaceText(label);
 
         const QImage shown = editorImage(*view);

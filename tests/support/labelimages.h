@@ -5,6 +5,7 @@
 
 #include "editor/centeredclipview.h"
 #include "editor/labelcell.h"
+#include "support/labelfonts.h"
 
 #include <QGraphicsScene>
 #include <QImage>
@@ -13,6 +14,21 @@
 #include <cstdlib>
 
 namespace lomir::testing {
+
+// A label that shows where its text wraps and how wide it is laid out, in 90 points: two
+// paragraphs of Arial 6 that wrap, the second aligned right and ending in a bold word in
+// a larger size.
+inline RichText wrappingLabel()
+{
+    TextAttributes right = arial(6.0);
+    ParagraphStyle rightAligned;
+    rightAligned.alignment = TextAlignment::Right;
+    right.paragraph = rightAligned;
+    RichText label(QStringLiteral("Quince and apple jelly, made in small batches\n"), arial(6.0));
+    label.append(QStringLiteral("Best before the end of May, keep cool"), right);
+    label.append(QStringLiteral(" BOLD"), arial(9.0, true));
+    return label;
+}
 
 // Pixels per point the label is compared at: a 4-point letter is 32 pixels high.
 inline constexpr double kComparisonScale = 8.0;

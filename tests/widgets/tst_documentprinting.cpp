@@ -74,14 +74,26 @@ QPageLayout letter(const QMarginsF& margins)
                        QPageLayout::Point);
 }
 
-// Where a label's copies go on Letter paper with the margins, as the geometry puts them.
-std::vector<ExpectedCopy> copiesOnLetter(const QMarginsF& margins, const QSizeF& label,
-                                         double spacing, qint64 quantity, qint64 serialStart,
-                                         int placeholderUnits)
+// Checks that the PDF holds the numbered copies of a label of 100 x 50 points, side by
+// side on Letter with half-inch margins, each where the geometry puts it.
+void verifyCopiesOnLetter(const QString& pdf, qint64 quantity, qint64 serialStart,
+                          int placeholderUnits)
 {
-    const PrintPlan plan = planForLabel(QSizeF(612.0, 792.0), margins, label, spacing, quantity,
-                                        serialStart, numbered(placeholderUnits));
-    return expectedCopies(plan, *makeTilingTextView(plan));
+    const PrintPlan plan =
+        planForLabel(QSizeF(612.0, 792.0), QMarginsF(36.0, 36.0, 36.0, 36.0), QSizeF(100.0, 50.0),
+                     0.0, quantity, serialStart, numbered(placeholderUnits));
+    const double error = compareCopies(printedCopies(pdfWords(pdf)),
+                                       expectedCopies(plan, *makeTilingTextView(plan)));
+    QVERIFY2(error >= 0.0 && error <= kPlacementTolerance,
+             qPrintable(QStringLiteral("%1: %2").arg(pdf).arg(error)));
+}
+
+// Types a letter into the label and takes it back: the text is as it was, and the edit
+// can be undone.
+void makeAnUndoableEdit(const EditorWindow& opened)
+{
+    typeIntoLabel(opened, QStringLiteral("x"));
+    pressInLabel(opened, Qt::Key_Backspace);
 }
 
 // Answers printing's questions from a script, so that nothing waits for a click.
@@ -264,8 +276,7 @@ private Q_SLOTS:
         const PrintingWindow window = openPrinting(labelRecord(
             QSizeF(100.0, 50.0), numbered(2), QStringLiteral("10"), QStringLiteral("1")));
         // An edit the user can undo, which the print must not take away.
-        typeIntoLabel(window.opened, QStringLiteral("x"));
-        pressInLabel(window.opened, Qt::Key_Backspace);
+        makeAnUndoableEdit(window.opened);
         const RichText before = window.opened.editor->labelText();
         QVERIFY(window.opened.textView()->document()->isUndoAvailable());
 
@@ -276,10 +287,7 @@ private Q_SLOTS:
 
         const QString pdf = window.printing->printFile;
         QCOMPARE(pdfInfo(pdf).pages, 1);
-        const double error = compareCopies(
-            printedCopies(pdfWords(pdf)),
-            copiesOnLetter(QMarginsF(36.0, 36.0, 36.0, 36.0), QSizeF(100.0, 50.0), 0.0, 70, 1, 2));
-        QVERIFY2(error >= 0.0 && error <= kPlacementTolerance, qPrintable(QString::number(error)));
+        verifyCopiesOnLetter(pdf, 70, 1, 2);
     }
 
     void aFullPageWidensTheRunForThePrintOnly()
@@ -291,8 +299,7 @@ private Q_SLOTS:
             QSKIP("poppler-utils is not installed");
         const PrintingWindow window = openPrinting(labelRecord(
             QSizeF(100.0, 50.0), numbered(1), QStringLiteral("5"), QStringLiteral("1")));
-        typeIntoLabel(window.opened, QStringLiteral("x"));
-        pressInLabel(window.opened, Qt::Key_Backspace);
+        makeAnUndoableEdit(window.opened);
         const RichText before = window.opened.editor->labelText();
         QCOMPARE(before, numbered(1));
 
@@ -308,10 +315,7 @@ private Q_SLOTS:
         QCOMPARE(printed.size(), std::size_t(70));
         QCOMPARE(printed.front().serial, QStringLiteral("01"));
         QCOMPARE(printed.back().serial, QStringLiteral("70"));
-        const double error =
-            compareCopies(printed, copiesOnLetter(QMarginsF(36.0, 36.0, 36.0, 36.0),
-                                                  QSizeF(100.0, 50.0), 0.0, 70, 1, 2));
-        QVERIFY2(error >= 0.0 && error <= kPlacementTolerance, qPrintable(QString::number(error)));
+        verifyCopiesOnLetter(pdf, 70, 1, 2);
 
         // Typing goes on from the restored text: a refused edit would go back to it.
         typeIntoLabel(window.opened, QStringLiteral("a"));
@@ -560,12 +564,8 @@ private Q_SLOTS:
         QCOMPARE(printAndWait(window, window.opened.window->printAction()), true);
         window.printing->exportPath = m_editors.filePath(QStringLiteral("export.pdf"));
         QCOMPARE(printAndWait(window, window.opened.window->exportPdfAction()), true);
-        for (const QString& pdf : {window.printing->printFile, window.printing->exportPath}) {
-            const double error = compareCopies(printedCopies(pdfWords(pdf)),
-                                               copiesOnLetter(QMarginsF(36.0, 36.0, 36.0, 36.0),
-                                                              QSizeF(100.0, 50.0), 0.0, 3, 0, 1));
-            QVERIFY2(error >= 0.0 && error <= kPlacementTolerance, qPrintable(pdf));
-        }
+        verifyCopiesOnLetter(window.printing->printFile, 3, 0, 1);
+        verifyCopiesOnLetter(window.printing->exportPath, 3, 0, 1);
     }
 
     void theCalibrationPagePrintsOnePageOfMarks()
@@ -668,10 +668,7 @@ private Q_SLOTS:
         QCOMPARE(printAndWait(window, window.opened.window->exportPdfAction()), true);
         QVERIFY(window.printing->dialogPageCounts.isEmpty());
         QCOMPARE(printCount(), qint64(1));
-        const double error = compareCopies(
-            printedCopies(pdfWords(window.printing->exportPath)),
-            copiesOnLetter(QMarginsF(36.0, 36.0, 36.0, 36.0), QSizeF(100.0, 50.0), 0.0, 12, 0, 2));
-        QVERIFY2(error >= 0.0 && error <= kPlacementTolerance, qPrintable(QString::number(error)));
+        verifyCopiesOnLetter(window.printing->exportPath, 12, 0, 2);
     }
 
     void aCancelledExportDialogWritesNothing()
@@ -862,16 +859,8 @@ private Q_SLOTS:
         if (QStandardPaths::findExecutable(QStringLiteral("pdftoppm")).isEmpty())
             QSKIP("poppler-utils is not installed");
         const QSizeF label(90.0, 40.0);
-        TextAttributes right = arial(6.0);
-        ParagraphStyle rightAligned;
-        rightAligned.alignment = TextAlignment::Right;
-        right.paragraph = rightAligned;
-        RichText text(QStringLiteral("Quince and apple jelly, made in small batches\n"),
-                      arial(6.0));
-        text.append(QStringLiteral("Best before the end of May, keep cool"), right);
-        text.append(QStringLiteral(" BOLD"), arial(9.0, true));
-        const PrintingWindow window =
-            openPrinting(labelRecord(label, text, QStringLiteral("1"), QStringLiteral("0"), 1));
+        const PrintingWindow window = openPrinting(
+            labelRecord(label, wrappingLabel(), QStringLiteral("1"), QStringLiteral("0"), 1));
         window.printing->exportPath = m_editors.filePath(QStringLiteral("label.pdf"));
         QCOMPARE(printAndWait(window, window.opened.window->exportPdfAction()), true);
 
