@@ -45,9 +45,11 @@ test-sanitize: build-sanitize
 	cd $(SANITIZE_BUILD_DIR) && $(CTEST)
 
 bench: configure
-	cmake --build $(BUILD_DIR) -j $(JOBS) --target tiling-bench
+	cmake --build $(BUILD_DIR) -j $(JOBS) --target tiling-bench preview-bench
 	$(BUILD_DIR)/bench/tiling-bench
 	$(BUILD_DIR)/bench/tiling-bench --rich
+	$(BUILD_DIR)/bench/preview-bench
+	$(BUILD_DIR)/bench/preview-bench --stock
 	BUILD_DIR=$(BUILD_DIR) bench/startup
 
 run: build

@@ -11,6 +11,7 @@
 #include "layout/serialnumber.h"
 #include "layout/sheetgeometry.h"
 #include "layout/tilingtextview.h"
+#include "processusage.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -21,9 +22,10 @@
 #include <QTemporaryFile>
 #include <cstdio>
 #include <optional>
-#include <sys/resource.h>
 
 using namespace lomir;
+using lomir::bench::peakResidentMegabytes;
+using lomir::bench::processorSeconds;
 
 namespace {
 
@@ -207,23 +209,6 @@ RichText richLabel(qint64 digits)
     text.append(QStringLiteral("\n"), label);
     text.append(QStringLiteral("Store in a cool, dry place away from direct sunlight."), note);
     return text;
-}
-
-double peakResidentMegabytes()
-{
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return double(usage.ru_maxrss) / 1024.0; // kilobytes on Linux
-}
-
-// Processor time so far (user and system); unlike the wall clock it does not count the
-// time other programs on a busy machine take.
-double processorSeconds()
-{
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    auto seconds = [](const timeval& time) { return double(time.tv_sec) + time.tv_usec / 1e6; };
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
 } // namespace

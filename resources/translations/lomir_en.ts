@@ -244,6 +244,17 @@
     </message>
 </context>
 <context>
+    <name>PrintDialogs</name>
+    <message>
+        <source>Export as PDF</source>
+        <translation>Export as PDF</translation>
+    </message>
+    <message>
+        <source>PDF Document (*.pdf)</source>
+        <translation>PDF Document (*.pdf)</translation>
+    </message>
+</context>
+<context>
     <name>RecoveryFolder</name>
     <message>
         <source>Cannot make the folder “%1”.</source>
@@ -322,6 +333,30 @@
     <message>
         <source>(Recovered)</source>
         <translation>(Recovered)</translation>
+    </message>
+    <message>
+        <source>Page Set&amp;up…</source>
+        <translation>Page Set&amp;up…</translation>
+    </message>
+    <message>
+        <source>Print Pre&amp;view</source>
+        <translation>Print Pre&amp;view</translation>
+    </message>
+    <message>
+        <source>&amp;Export as PDF…</source>
+        <translation>&amp;Export as PDF…</translation>
+    </message>
+    <message>
+        <source>&amp;Print…</source>
+        <translation>&amp;Print…</translation>
+    </message>
+    <message>
+        <source>Print &amp;Full Page…</source>
+        <translation>Print &amp;Full Page…</translation>
+    </message>
+    <message>
+        <source>Print &amp;Calibration Page…</source>
+        <translation>Print &amp;Calibration Page…</translation>
     </message>
 </context>
 <context>
@@ -619,6 +654,211 @@
     <message>
         <source>Space Limit Alert Informative</source>
         <translation>The label has a size of its own, and the text you typed would need more room than it has. Make the label larger, or the text smaller or shorter.</translation>
+    </message>
+    <message>
+        <source>Cell Size Alert Message</source>
+        <translation>The label is too large for the paper.</translation>
+    </message>
+    <message>
+        <source>Cell Size Alert Informative</source>
+        <translation>One label has to fit inside the paper’s margins. Make the label smaller, or choose larger paper or smaller margins in Page Setup.</translation>
+    </message>
+</context>
+<context>
+    <name>lomir::PageSetupDialog</name>
+    <message>
+        <source>Page Setup</source>
+        <translation>Page Setup</translation>
+    </message>
+    <message>
+        <source>The margins leave no room for labels on this paper.</source>
+        <translation>The margins leave no room for labels on this paper.</translation>
+    </message>
+    <message>
+        <source>Printer Calibration</source>
+        <translation>Printer Calibration</translation>
+    </message>
+    <message>
+        <source>Print Calibration Page</source>
+        <translation>Print Calibration Page</translation>
+    </message>
+    <message>
+        <source>Millimetres</source>
+        <translation>Millimetres</translation>
+    </message>
+    <message>
+        <source>Inches</source>
+        <translation>Inches</translation>
+    </message>
+    <message>
+        <source>Points</source>
+        <translation>Points</translation>
+    </message>
+    <message>
+        <source>Portrait</source>
+        <translation>Portrait</translation>
+    </message>
+    <message>
+        <source>Landscape</source>
+        <translation>Landscape</translation>
+    </message>
+    <message>
+        <source>by</source>
+        <translation>by</translation>
+    </message>
+    <message>
+        <source>Top:</source>
+        <translation>Top:</translation>
+    </message>
+    <message>
+        <source>Left:</source>
+        <translation>Left:</translation>
+    </message>
+    <message>
+        <source>Right:</source>
+        <translation>Right:</translation>
+    </message>
+    <message>
+        <source>Bottom:</source>
+        <translation>Bottom:</translation>
+    </message>
+    <message>
+        <source>Paper:</source>
+        <translation>Paper:</translation>
+    </message>
+    <message>
+        <source>Size:</source>
+        <translation>Size:</translation>
+    </message>
+    <message>
+        <source>Orientation:</source>
+        <translation>Orientation:</translation>
+    </message>
+    <message>
+        <source>Units:</source>
+        <translation>Units:</translation>
+    </message>
+    <message>
+        <source>Margins:</source>
+        <translation>Margins:</translation>
+    </message>
+    <message>
+        <source> mm</source>
+        <translation> mm</translation>
+    </message>
+    <message>
+        <source> %</source>
+        <translation> %</translation>
+    </message>
+    <message>
+        <source>No printer is set up</source>
+        <translation>No printer is set up</translation>
+    </message>
+    <message>
+        <source>Printer:</source>
+        <translation>Printer:</translation>
+    </message>
+    <message>
+        <source>Move right by:</source>
+        <translation>Move right by:</translation>
+    </message>
+    <message>
+        <source>Move down by:</source>
+        <translation>Move down by:</translation>
+    </message>
+    <message>
+        <source>Scale:</source>
+        <translation>Scale:</translation>
+    </message>
+    <message>
+        <source>Labels printed on this printer are moved and scaled by these amounts. Print a calibration page and measure where its marks land to find them.</source>
+        <translation>Labels printed on this printer are moved and scaled by these amounts. Print a calibration page and measure where its marks land to find them.</translation>
+    </message>
+    <message>
+        <source>Custom</source>
+        <translation>Custom</translation>
+    </message>
+</context>
+<context>
+    <name>lomir::PrintController</name>
+    <message>
+        <source>The labels could not be printed.</source>
+        <translation>The labels could not be printed.</translation>
+    </message>
+    <message>
+        <source>The PDF “%1” could not be written.</source>
+        <translation>The PDF “%1” could not be written.</translation>
+    </message>
+    <message>
+        <source>Calibration Page</source>
+        <translation>Calibration Page</translation>
+    </message>
+    <message>
+        <source>PDF</source>
+        <translation>PDF</translation>
+    </message>
+    <message>
+        <source>Calibration page for “%1”, printed moved %2 mm right and %3 mm down and scaled to %4%. Measure from the paper&apos;s left and top edges to each crosshair: it should lie as many millimetres in as its ruler says. Where the print lies too far right or down, lower these numbers in Page Setup by the difference; where it lies too far left or up, raise them. If a ruler measures longer or shorter than marked, change the scale by the same share.</source>
+        <translation>Calibration page for “%1”, printed moved %2 mm right and %3 mm down and scaled to %4%. Measure from the paper&apos;s left and top edges to each crosshair: it should lie as many millimetres in as its ruler says. Where the print lies too far right or down, lower these numbers in Page Setup by the difference; where it lies too far left or up, raise them. If a ruler measures longer or shorter than marked, change the scale by the same share.</translation>
+    </message>
+    <message>
+        <source>The calibration page could not be printed.</source>
+        <translation>The calibration page could not be printed.</translation>
+    </message>
+    <message>
+        <source>Printing “%1”…</source>
+        <translation>Printing “%1”…</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Cancel</translation>
+    </message>
+    <message>
+        <source>Printing</source>
+        <translation>Printing</translation>
+    </message>
+    <message>
+        <source>Printed page %1 of %2…</source>
+        <translation>Printed page %1 of %2…</translation>
+    </message>
+</context>
+<context>
+    <name>lomir::PrintPreviewDialog</name>
+    <message>
+        <source>&amp;Print…</source>
+        <translation>&amp;Print…</translation>
+    </message>
+    <message>
+        <source>Print Preview of “%1”</source>
+        <translation>Print Preview of “%1”</translation>
+    </message>
+    <message>
+        <source>Previous Page</source>
+        <translation>Previous Page</translation>
+    </message>
+    <message>
+        <source>of %1</source>
+        <translation>of %1</translation>
+    </message>
+    <message>
+        <source>Next Page</source>
+        <translation>Next Page</translation>
+    </message>
+    <message>
+        <source>Zoom Out</source>
+        <translation>Zoom Out</translation>
+    </message>
+    <message>
+        <source>Zoom In</source>
+        <translation>Zoom In</translation>
+    </message>
+    <message>
+        <source>Fit Width</source>
+        <translation>Fit Width</translation>
+    </message>
+    <message>
+        <source>Fit Page</source>
+        <translation>Fit Page</translation>
     </message>
 </context>
 </TS>

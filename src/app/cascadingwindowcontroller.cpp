@@ -1,5 +1,6 @@
 #include "app/cascadingwindowcontroller.h"
 
+#include "app/printcontroller.h"
 #include "document/document.h"
 #include "document/documentcontroller.h"
 #include "editor/mainviewcontroller.h"
@@ -38,6 +39,9 @@ CascadingWindowController::CascadingWindowController()
 {
     setAttribute(Qt::WA_DeleteOnClose);
     resize(720, 540);
+    m_printController = new PrintController(
+        this, [this]() -> PrintEditor* { return m_editor; },
+        [this] { return m_document ? m_document->displayName() : QString(); });
     createMenus();
 }
 
@@ -64,6 +68,15 @@ void CascadingWindowController::createMenus()
     m_saveAsAction->setShortcut(QKeySequence::SaveAs);
     m_revertAction = m_fileMenu->addAction(tr("Re&vert to Saved"));
     m_fileMenu->addSeparator();
+    m_pageSetupAction = m_fileMenu->addAction(tr("Page Set&up…"));
+    m_printPreviewAction = m_fileMenu->addAction(tr("Print Pre&view"));
+    m_exportPdfAction = m_fileMenu->addAction(tr("&Export as PDF…"));
+    m_printAction = m_fileMenu->addAction(tr("&Print…"));
+    m_printAction->setShortcut(QKeySequence::Print);
+    m_printFullPageAction = m_fileMenu->addAction(tr("Print &Full Page…"));
+    m_printFullPageAction->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_P));
+    m_printCalibrationPageAction = m_fileMenu->addAction(tr("Print &Calibration Page…"));
+    m_fileMenu->addSeparator();
     m_quitAction = m_fileMenu->addAction(tr("&Quit"));
     m_quitAction->setShortcut(QKeySequence::Quit);
     m_quitAction->setMenuRole(QAction::QuitRole);
@@ -82,6 +95,17 @@ void CascadingWindowController::createMenus()
     carryOut(m_saveAction, &DocumentController::saveDocument);
     carryOut(m_saveAsAction, &DocumentController::saveDocumentAs);
     carryOut(m_revertAction, &DocumentController::revertDocument);
+
+    connect(m_pageSetupAction, &QAction::triggered, m_printController,
+            &PrintController::runPageSetup);
+    connect(m_printPreviewAction, &QAction::triggered, m_printController,
+            &PrintController::showPrintPreview);
+    connect(m_exportPdfAction, &QAction::triggered, m_printController, &PrintController::exportPdf);
+    connect(m_printAction, &QAction::triggered, m_printController, &PrintController::printDocument);
+    connect(m_printFullPageAction, &QAction::triggered, m_printController,
+            &PrintController::printFullPage);
+    connect(m_printCalibrationPageAction, &QAction::triggered, m_printController,
+            &PrintController::printCalibrationPage);
 }
 
 void CascadingWindowController::setDocument(Document* document, DocumentController* controller)

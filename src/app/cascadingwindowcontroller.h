@@ -15,6 +15,7 @@ class QMenu;
 namespace lomir {
 
 class MainViewController;
+class PrintController;
 
 // The widget that edits the label: the window's central widget.
 using LabelEditor = MainViewController;
@@ -28,8 +29,8 @@ inline constexpr QPoint kCascadeOffset{22, 22};
 QPoint cascadedPosition(QPoint previous, QSize size, const QRect& available);
 
 // The window of one document: its File and Help menus, the label editor as central
-// widget, the edited mark in the title. Each new window is placed offset from the
-// window made before it, so that windows cascade instead of covering each other.
+// widget, the edited mark in the title, the document's print commands. Each new window is placed
+// offset from the window made before it, so that windows cascade instead of covering each other.
 // Windows are made from the scene kDocumentWindowScene (see instantiateScene()); no
 // other constructor is offered.
 class CascadingWindowController : public QMainWindow
@@ -61,6 +62,15 @@ public:
     QAction* saveAsAction() const { return m_saveAsAction; }
     QAction* revertAction() const { return m_revertAction; }
 
+    // The document's print commands and its page layout.
+    PrintController* printController() const { return m_printController; }
+    QAction* pageSetupAction() const { return m_pageSetupAction; }
+    QAction* printPreviewAction() const { return m_printPreviewAction; }
+    QAction* exportPdfAction() const { return m_exportPdfAction; }
+    QAction* printAction() const { return m_printAction; }
+    QAction* printFullPageAction() const { return m_printFullPageAction; }
+    QAction* printCalibrationPageAction() const { return m_printCalibrationPageAction; }
+
 protected:
     void showEvent(QShowEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
@@ -91,6 +101,13 @@ private:
     QAction* m_saveAction = nullptr;
     QAction* m_saveAsAction = nullptr;
     QAction* m_revertAction = nullptr;
+    QAction* m_pageSetupAction = nullptr;
+    QAction* m_printPreviewAction = nullptr;
+    QAction* m_exportPdfAction = nullptr;
+    QAction* m_printAction = nullptr;
+    QAction* m_printFullPageAction = nullptr;
+    QAction* m_printCalibrationPageAction = nullptr;
+    PrintController* m_printController = nullptr;
     QAction* m_quitAction = nullptr;
     QAction* m_aboutAction = nullptr;
     bool m_hasAppeared = false;

@@ -266,6 +266,49 @@ void MainViewController::setAlertPresenter(std::unique_ptr<AlertPresenter> prese
     m_alerts = std::move(presenter);
 }
 
+PrintRequest MainViewController::printRequest() const
+{
+    PrintRequest request;
+    const qint64 spacingTag = selectedTag(m_ui->outputSpacingDropdown);
+    if (spacingTag >= 0)
+        request.spacingTag = spacingTag;
+    request.labelSize = labelSize();
+    request.serialStartText = m_ui->serialStartFromField->text();
+    request.quantityText = m_ui->quantityField->text();
+    request.text = labelText();
+    return request;
+}
+
+ResizedLabel MainViewController::resizeSerialPlaceholder(qint64 units)
+{
+    // The change is the editor's own, as when the quantity asks for another run length.
+    m_textViewChangeIsSerial = true;
+    replacePlaceholder(serialPlaceholder(units));
+    ResizedLabel resized;
+    resized.text = labelText();
+    const qint64 sizeTag = selectedSizeTag();
+    if (sizeTag >= 0)
+        resized.sizeTag = sizeTag;
+    resized.labelSize = labelSize();
+    resized.magnification = m_ui->labelContainer->magnification();
+    return resized;
+}
+
+void MainViewController::restoreText(const RichText& text)
+{
+    LabelTextView* view = textView();
+    view->clearUndoHistory();
+    view->replaceText(text);
+    // The text is the one last accepted again: a refused edit goes back to it.
+    m_previousTextViewContent = labelText();
+}
+
+void MainViewController::showCellSizeAlert()
+{
+    m_alerts->runModal(
+        EditorAlert{tr("Cell Size Alert Message"), tr("Cell Size Alert Informative"), false});
+}
+
 void MainViewController::viewDidAppear()
 {
     if (!m_isInitialLoad)

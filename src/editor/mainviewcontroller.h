@@ -3,6 +3,7 @@
 #include "document/content.h"
 #include "document/richtext/richtext.h"
 #include "editor/metric.h"
+#include "layout/printroutine.h"
 
 #include <QKeySequence>
 #include <QPointer>
@@ -36,8 +37,9 @@ class LabelTextView;
 // and printing read them back through currentRecord(). It keeps the label as large as
 // the chosen or measured size, keeps the serial placeholder as long as the numbers need,
 // refuses text that does not fit a label of a custom size, and reports every change of
-// the design (not of the zoom) to the document.
-class MainViewController final : public QWidget
+// the design (not of the zoom) to the document. Printing reads it, and resizes its serial
+// placeholder for a full page, through the PrintEditor interface.
+class MainViewController final : public QWidget, public PrintEditor
 {
     Q_OBJECT
 
@@ -72,6 +74,12 @@ public:
 
     // Replaces how warnings and beeps reach the user (tests record them).
     void setAlertPresenter(std::unique_ptr<AlertPresenter> presenter);
+
+    // What printing reads from the editor and asks of it.
+    PrintRequest printRequest() const override;
+    ResizedLabel resizeSerialPlaceholder(qint64 units) override;
+    void restoreText(const RichText& text) override;
+    void showCellSizeAlert() override;
 
     // The Edit and View menus' commands.
     QAction* undoAction() const { return m_undo; }
