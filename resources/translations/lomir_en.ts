@@ -642,4 +642,54 @@ was not understood.
         <translation>The label has a size of its own, and the text you typed would need more room than it has. Make the label larger, or the text smaller or shorter.</translation>
     </message>
 </context>
+<context>
+    <name>lomir::NegativeFeedbackViewController</name>
+    <message>
+        <source>Feedback</source>
+        <translation>Feedback</translation>
+    </message>
+    <message>
+        <source>We are sorry Lomir does not suit you yet.</source>
+        <translation>We are sorry Lomir does not suit you yet.</translation>
+    </message>
+    <message>
+        <source>Would you tell us what we could do better? Share Feedback starts an e-mail to us with the versions of Lomir and of your system filled in.</source>
+        <translation>Would you tell us what we could do better? Share Feedback starts an e-mail to us with the versions of Lomir and of your system filled in.</translation>
+    </message>
+    <message>
+        <source>Don't Ask Again</source>
+        <translation>Don't Ask Again</translation>
+    </message>
+    <message>
+        <source>Not Now</source>
+        <translation>Not Now</translation>
+    </message>
+    <message>
+        <source>Share Feedback</source>
+        <translation>Share Feedback</translation>
+    </message>
+</context>
+<context>
+    <name>lomir::ReviewViewController</name>
+    <message>
+        <source>Enjoying Lomir?</source>
+        <translation>Enjoying Lomir?</translation>
+    </message>
+    <message>
+        <source>Do you like Lomir?</source>
+        <translation>Do you like Lomir?</translation>
+    </message>
+    <message>
+        <source>Your answer helps us make Lomir better. We ask only until you answer.</source>
+        <translation>Your answer helps us make Lomir better. We ask only until you answer.</translation>
+    </message>
+    <message>
+        <source>No</source>
+        <translation>No</translation>
+    </message>
+    <message>
+        <source>Yes</source>
+        <translation>Yes</translation>
+    </message>
+</context>
 </TS>
