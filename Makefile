@@ -29,6 +29,7 @@ bench: configure
 	cmake --build $(BUILD_DIR) -j $(JOBS) --target tiling-bench
 	$(BUILD_DIR)/bench/tiling-bench
 	$(BUILD_DIR)/bench/tiling-bench --rich
+	BUILD_DIR=$(BUILD_DIR) bench/print-command
 	BUILD_DIR=$(BUILD_DIR) bench/startup
 
 run: build
