@@ -13,15 +13,6 @@ inline constexpr float kLabelShadowOpacity = 0.5f;
 inline constexpr QPointF kLabelShadowOffset{-0.5, 1.5};
 inline constexpr double kLabelShadowRadius = 1.0;
 
-// The text's inset in the label, horizontal and vertical. The negative horizontal inset
-// is intended: it pulls the text 4 points outward on each side.
-inline constexpr QPointF kLabelTextInset{-4.0, 0.0};
-// The padding each line keeps on both sides inside the inset.
-inline constexpr double kLabelLinePadding = 5.0;
-// So the text sits 1 point inside each side of the label, and the editor lays it out in
-// the label's width less 2 points: the width neededTextHeight wraps at.
-inline constexpr double kLabelTextMargin = kLabelTextInset.x() + kLabelLinePadding;
-
 // The name of the setting that holds the desktop's appearance ("Dark" for dark).
 inline constexpr char kAppearanceStyleKey[] = "AppleInterfaceStyle";
 

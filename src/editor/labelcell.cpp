@@ -21,7 +21,9 @@ LabelCell::LabelCell(QGraphicsItem* parent)
     m_textClip->setPen(Qt::NoPen);
     m_textClip->setBrush(Qt::NoBrush);
     m_textClip->setFlag(QGraphicsItem::ItemClipsChildrenToShape);
-    m_textView->setPos(kLabelTextMargin, kLabelTextInset.y());
+    // The text starts at the label's top-left corner, as a printed copy starts at its
+    // cell's.
+    m_textView->setPos(0.0, 0.0);
     setShadowColour(labelShadowColour(false));
     setPixelsPerPoint(1.0);
 }
@@ -36,8 +38,8 @@ void LabelCell::setFrame(const QRectF& frame)
     const QRectF local(QPointF(0.0, 0.0), m_size);
     m_card->setRect(local);
     m_textClip->setRect(local);
-    // The text keeps the margin on both sides.
-    m_textView->setWrapWidth(m_size.width() - 2.0 * kLabelTextMargin);
+    // The text wraps at the label's width, as a printed copy wraps at its cell's.
+    m_textView->setWrapWidth(m_size.width());
     Q_EMIT frameChanged();
 }
 

@@ -1,6 +1,5 @@
 #include "editor/labellimits.h"
 
-#include "editor/appearance.h"
 #include "layout/labeltextlayout.h"
 #include "layout/measurement.h"
 
@@ -10,13 +9,15 @@ namespace lomir {
 
 namespace {
 
-// The width the editor lays the text out in: the label's, less the text's margin on
-// each side.
-double editorTextWidth(double labelWidth)
+// The needed height is measured 2 points narrower than the label: the limit allows for
+// a point on each side, and so stays on the safe side of where lines break.
+constexpr double kMeasuredWidthAllowance = 2.0;
+
+double measuredTextWidth(double labelWidth)
 {
-    // A label narrower than the margins still wraps, one character to a line, rather than
-    // not at all.
-    return std::max(0.0, labelWidth - 2.0 * kLabelTextMargin);
+    // A label narrower than the allowance still wraps, one character to a line, rather
+    // than not at all.
+    return std::max(0.0, labelWidth - kMeasuredWidthAllowance);
 }
 
 } // namespace
@@ -27,7 +28,7 @@ double neededTextHeight(const RichText& text, const FontSpec& editorFont, double
     // for the caret. The layout would give an empty document a line in the default font.
     double laidOut = 0.0;
     if (!text.isEmpty())
-        laidOut = LabelTextLayout(text, editorTextWidth(labelWidth)).size().height();
+        laidOut = LabelTextLayout(text, measuredTextWidth(labelWidth)).size().height();
     const double oneLine = minimumTextHeight(editorFont);
     return laidOut <= oneLine ? oneLine : laidOut;
 }

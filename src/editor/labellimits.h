@@ -9,10 +9,10 @@ namespace lomir {
 inline constexpr char kSpaceLimitAlertSuppressedKey[] = "8091238dklmssdscnjdhjkf8e2d";
 
 // The height in points the text needs in a label of a custom size labelWidth wide: the
-// text laid out as printing lays it out, wrapped at the width the editor gives it (the
-// label's width less 2 points, see kLabelTextMargin), but never less than one line of
-// the editor's font (its ascent and descent plus 1 point), so that an empty label, which
-// is measured as it is, still holds a line.
+// text laid out as printing lays it out, wrapped at the label's width less 2 points (the
+// limit's own allowance; the editor and the paper wrap at the full width), but never less
+// than one line of the editor's font (its ascent and descent plus 1 point), so that an
+// empty label, which is measured as it is, still holds a line.
 double neededTextHeight(const RichText& text, const FontSpec& editorFont, double labelWidth);
 
 // Whether the text fits a label of a custom size: the editor refuses a change after

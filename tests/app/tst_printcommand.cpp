@@ -8,7 +8,7 @@
 #include "support/files.h"
 #include "support/labelfonts.h"
 #include "support/lomirprocess.h"
-#include "support/pdfreadback.h"
+#include "support/printedpdf.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -117,14 +117,8 @@ struct Sheet
     int digits() const { return int(QString::number(serialStart + quantity).size()); }
 };
 
-struct ExpectedCopy
-{
-    int page = 0;
-    QPointF topLeft;
-    QString serial;
-};
-
-std::vector<ExpectedCopy> expectedCopies(const Sheet& sheet)
+// Where the sheet puts each copy, with its number.
+std::vector<ExpectedCopy> copiesOnSheet(const Sheet& sheet)
 {
     std::vector<ExpectedCopy> copies;
     for (qint64 copy = 0; copy < sheet.quantity; ++copy) {
@@ -144,7 +138,7 @@ std::vector<ExpectedCopy> expectedCopies(const Sheet& sheet)
 
 // Every copy read back is the expected one, on its page, with its number, where the
 // geometry puts it.
-void compareCopies(const QString& pdf, const Sheet& sheet)
+void verifySheet(const QString& pdf, const Sheet& sheet)
 {
     const PdfInfo info = pdfInfo(pdf);
     QCOMPARE(info.pages, int(sheet.pages()));
@@ -156,24 +150,9 @@ void compareCopies(const QString& pdf, const Sheet& sheet)
         qPrintable(
             QStringLiteral("page %1 x %2").arg(info.pageSize.width()).arg(info.pageSize.height())));
 
-    const std::vector<PrintedCopy> printed = printedCopies(pdfWords(pdf));
-    const std::vector<ExpectedCopy> expected = expectedCopies(sheet);
-    QCOMPARE(printed.size(), expected.size());
-    for (std::size_t i = 0; i < printed.size(); ++i) {
-        const QString where = QStringLiteral("copy %1").arg(i);
-        QVERIFY2(printed[i].page == expected[i].page, qPrintable(where));
-        QVERIFY2(printed[i].serial == expected[i].serial,
-                 qPrintable(where + QStringLiteral(": ") + printed[i].serial));
-        QVERIFY2(std::abs(printed[i].topLeft.x() - expected[i].topLeft.x()) < kPlacementTolerance &&
-                     std::abs(printed[i].topLeft.y() - expected[i].topLeft.y()) <
-                         kPlacementTolerance,
-                 qPrintable(QStringLiteral("%1 at %2, %3; expected %4, %5")
-                                .arg(where)
-                                .arg(printed[i].topLeft.x())
-                                .arg(printed[i].topLeft.y())
-                                .arg(expected[i].topLeft.x())
-                                .arg(expected[i].topLeft.y())));
-    }
+    const double largest = compareCopies(printedCopies(pdfWords(pdf)), copiesOnSheet(sheet));
+    QVERIFY2(largest >= 0.0 && largest < kPlacementTolerance,
+             qPrintable(QStringLiteral("a copy %1 points from its place").arg(largest)));
 }
 
 QString marginsArgument(const QMarginsF& margins)
@@ -296,7 +275,7 @@ private Q_SLOTS:
         const QString pdf = path(QStringLiteral("copies.pdf"));
         const Run run = print(QStringList{file, QStringLiteral("-o"), pdf} + options);
         QVERIFY2(run.exitCode == 0, run.err.constData());
-        compareCopies(pdf, sheet);
+        verifySheet(pdf, sheet);
     }
 
     void fullPage_data()
@@ -360,7 +339,7 @@ private Q_SLOTS:
         const Run run = print(
             QStringList{file, QStringLiteral("-o"), pdf, QStringLiteral("--full-page")} + options);
         QVERIFY2(run.exitCode == 0, run.err.constData());
-        compareCopies(pdf, sheet);
+        verifySheet(pdf, sheet);
         // Printing never writes the document.
         QCOMPARE(readFile(file), before);
     }
@@ -386,7 +365,7 @@ private Q_SLOTS:
         const Run run = print({file, QStringLiteral("-o"), pdf}, environment(locale));
         QVERIFY2(run.exitCode == 0, run.err.constData());
         // Half-inch margins unless told otherwise.
-        compareCopies(pdf, Sheet{paper, kHalfInch, QSizeF(108.0, 54.0), 0.0, 12, 1});
+        verifySheet(pdf, Sheet{paper, kHalfInch, QSizeF(108.0, 54.0), 0.0, 12, 1});
     }
 
     void labelTooLarge()

@@ -56,9 +56,6 @@ private Q_SLOTS:
         QCOMPARE(kLabelShadowOpacity, 0.5f);
         QCOMPARE(kLabelShadowOffset, QPointF(-0.5, 1.5));
         QCOMPARE(kLabelShadowRadius, 1.0);
-        QCOMPARE(kLabelTextInset, QPointF(-4.0, 0.0));
-        // The text keeps 1 point from each side: the label's width less 2 is its width.
-        QCOMPARE(2.0 * kLabelTextMargin, 2.0);
         QCOMPARE(QString::fromLatin1(kAppearanceStyleKey), QStringLiteral("AppleInterfaceStyle"));
     }
 };

@@ -5,20 +5,27 @@
 #include "editor/labeltextview.h"
 #include "layout/labeltextlayout.h"
 #include "layout/measurement.h"
+#include "layout/printjob.h"
+#include "layout/printplan.h"
+#include "layout/tilingtextview.h"
 #include "support/labelfonts.h"
+#include "support/labelimages.h"
 
 #include <QApplication>
 #include <QGraphicsScene>
 #include <QMimeData>
+#include <QPainter>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTextBlock>
 #include <QTextLayout>
+#include <algorithm>
+#include <cstdlib>
 #include <memory>
 
 using namespace lomir;
-using lomir::testing::arial;
+using namespace lomir::testing;
 
 namespace {
 
@@ -47,6 +54,24 @@ QList<int> lineStarts(const QTextBlock& block)
     for (int line = 0; line < block.layout()->lineCount(); ++line)
         starts.append(block.layout()->lineAt(line).textStart());
     return starts;
+}
+
+// The first copy of the label as the print job paints it on white paper, at the same
+// scale: the cell's rectangle of the first page.
+QImage printedCellImage(const RichText& text, const QSizeF& label, double spacing)
+{
+    const QSizeF paper(label.width() * 3.0, label.height() * 3.0);
+    const PrintPlan plan = planForLabel(paper, QMarginsF(), label, spacing, 1, 0, text);
+    const auto tiling = makeTilingTextView(plan);
+    QImage image((label * kComparisonScale).toSize(), QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::white);
+    QPainter painter(&image);
+    painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
+    painter.scale(kComparisonScale, kComparisonScale);
+    // The copy is drawn half the spacing in from the cell's corner.
+    painter.translate(-spacing / 2.0, -spacing / 2.0);
+    paintPage(painter, *tiling, plan.margins, 0);
+    return image;
 }
 
 class TestLabelView : public QObject
@@ -104,12 +129,12 @@ private Q_SLOTS:
     {
         const auto view = viewOfLabel(QRectF(0.0, 0.0, 100.0, 50.0));
         const QImage shown = view->viewport()->grab().toImage();
-        // The card is white inside (the caret stands at its left edge, a point in);
-        // outside it, the view's background.
+        // The card is white inside (the caret stands at its left edge); outside it, the
+        // view's background.
         QCOMPARE(shown.pixelColor(200, 150), QColor(Qt::white));
         QCOMPARE(shown.pixelColor(155, 173), QColor(Qt::white));
         QCOMPARE(shown.pixelColor(248, 126), QColor(Qt::white));
-        QCOMPARE(shown.pixelColor(151, 126), QColor(Qt::black));
+        QCOMPARE(shown.pixelColor(150, 126), QColor(Qt::black));
         QCOMPARE(shown.pixelColor(20, 20), view->palette().color(QPalette::Window));
         // The shadow falls below the card.
         QVERIFY(shown.pixelColor(200, 176).lightness() <
@@ -184,11 +209,52 @@ private Q_SLOTS:
         label.append(QStringLiteral("Bold words wrap too, and so do WWWWWWWWWWWWWWWWWW."),
                      arial(pointSize, true));
         textView->replaceText(label);
-        const LabelTextLayout printed(label, labelWidth - 2.0 * kLabelTextMargin);
+        const LabelTextLayout printed(label, labelWidth);
         QCOMPARE(textView->unitsPerPoint(), printed.unitsPerPoint());
         const QList<int> editorLines = lineStarts(textView->document()->begin());
         QVERIFY(editorLines.size() > 2);
         QCOMPARE(editorLines, lineStarts(printed.document().begin()));
+    }
+
+    void theLabelStandsWhereAPrintedCopyStands()
+    {
+        const auto view = viewOfLabel(QRectF(0.0, 0.0, 100.0, 50.0));
+        LabelTextView* text = view->documentView()->textView();
+        // The text's origin is the label's top-left corner, and it wraps at the label's
+        // width, as a printed copy in its cell.
+        QCOMPARE(text->pos(), QPointF(0.0, 0.0));
+        QCOMPARE(text->textWidth() / text->unitsPerPoint(), 100.0);
+    }
+
+    void theEditorShowsTheLabelAsItPrints_data()
+    {
+        QTest::addColumn<double>("spacing");
+        QTest::newRow("no spacing") << 0.0;
+        QTest::newRow("spacing") << 4.0;
+    }
+
+    void theEditorShowsTheLabelAsItPrints()
+    {
+        QFETCH(double, spacing);
+        const QRectF frame(0.0, 0.0, 90.0, 40.0);
+        const auto view = viewOfLabel(frame);
+        TextAttributes right = arial(6.0);
+        ParagraphStyle rightAligned;
+        rightAligned.alignment = TextAlignment::Right;
+        right.paragraph = rightAligned;
+        RichText label(QStringLiteral("Quince and apple jelly, made in small batches\n"),
+                       arial(6.0));
+        label.append(QStringLiteral("Best before the end of May, keep cool"), right);
+        label.append(QStringLiteral(" BOLD"), arial(9.0, true));
+        view->documentView()->textView()->replaceText(label);
+
+        const QImage shown = editorImage(*view);
+        const QImage printed = printedCellImage(label, frame.size(), spacing);
+        // Both hold the text: the comparison is about something.
+        QVERIFY2(inkShare(shown) > 0.02, qPrintable(QString::number(inkShare(shown))));
+        QVERIFY2(inkShare(printed) > 0.02, qPrintable(QString::number(inkShare(printed))));
+        const double share = differingShare(shown, printed);
+        QVERIFY2(share < 0.002, qPrintable(QStringLiteral("%1 of the pixels differ").arg(share)));
     }
 
     void clipboardTextKeepsTheLabelsFonts()

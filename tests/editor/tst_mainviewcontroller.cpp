@@ -16,6 +16,7 @@
 #include "layout/labeltextlayout.h"
 #include "layout/measurement.h"
 #include "layout/serialnumber.h"
+#include "support/editorwindows.h"
 #include "support/fatalstop.h"
 #include "support/labelfonts.h"
 
@@ -46,191 +47,33 @@
 #include <memory>
 
 using namespace lomir;
-using lomir::testing::arial;
+using namespace lomir::testing;
 
 namespace {
 
-const QString kOwnType = QStringLiteral("com.brenvik.lomir-doc");
 const QString kPlainTextType = QStringLiteral("public.plain-text");
 const QString kRtfType = QStringLiteral("public.rtf");
-
-// Records the editor's warnings instead of showing them.
-class RecordingAlerts final : public AlertPresenter
-{
-public:
-    int beeps = 0;
-    QList<EditorAlert> shown;
-    // Whether the user ticks "do not show again" in alerts that offer it.
-    bool ticksSuppression = false;
-
-    void beep() override { ++beeps; }
-    bool runModal(const EditorAlert& alert) override
-    {
-        shown.append(alert);
-        return ticksSuppression && alert.showsSuppressionButton;
-    }
-};
 
 QString placeholderUnits(int units)
 {
     return serialPlaceholder(units);
 }
 
-void writeRecord(const QString& path, const Content& record)
-{
-    const Result<QByteArray> json = record.encode();
-    if (!json)
-        qFatal("cannot encode the record");
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(*json) != json->size())
-        qFatal("cannot write the record");
-}
-
-// One open document window with its editor, its alerts recorded.
-struct EditorWindow
-{
-    CascadingWindowController* window = nullptr;
-    Document* document = nullptr;
-    MainViewController* editor = nullptr;
-    RecordingAlerts* alerts = nullptr;
-
-    template <typename T> T* control(const char* name) const
-    {
-        T* found = editor->findChild<T*>(QString::fromLatin1(name));
-        if (!found)
-            qFatal("no control %s", name);
-        return found;
-    }
-    QComboBox* sizeDropdown() const { return control<QComboBox>("sizeDropdown"); }
-    QComboBox* metricDropdown() const { return control<QComboBox>("metricDropdown"); }
-    QComboBox* outputSpacingDropdown() const { return control<QComboBox>("outputSpacingDropdown"); }
-    QLineEdit* quantityField() const { return control<QLineEdit>("quantityField"); }
-    QLineEdit* serialStartFromField() const { return control<QLineEdit>("serialStartFromField"); }
-    QLineEdit* customWidthInput() const { return control<QLineEdit>("customWidthInput"); }
-    QLineEdit* customHeightInput() const { return control<QLineEdit>("customHeightInput"); }
-    QWidget* customSizeInputContainer() const
-    {
-        return control<QWidget>("customSizeInputContainer");
-    }
-    QLabel* customSizeLabel() const { return control<QLabel>("customSizeLabel"); }
-    QLabel* sizeLabel() const { return control<QLabel>("sizeLabel"); }
-    QLabel* zoomLabel() const { return control<QLabel>("zoomLabel"); }
-    ZoomSlider* zoomSlider() const { return control<ZoomSlider>("zoomSlider"); }
-    QPushButton* addSerializationButton() const
-    {
-        return control<QPushButton>("addSerializationButton");
-    }
-    CenteredClipView* labelContainer() const { return control<CenteredClipView>("labelContainer"); }
-    LabelTextView* textView() const { return editor->textView(); }
-    QString text() const { return editor->labelText().string(); }
-};
-
 class TestMainViewController : public QObject
 {
     Q_OBJECT
 
 private:
-    QTemporaryDir m_files;
-    std::vector<QPointer<CascadingWindowController>> m_windows;
+    EditorWindows m_editors;
 
-    // A window for a document read from the record (or a new document), shown and
-    // active, its keyboard focus where the window puts it.
     EditorWindow openWindow(const std::optional<Content>& record = std::nullopt)
     {
-        if (!record)
-            return show(newWindow());
-        const QString path =
-            m_files.filePath(QStringLiteral("record%1.lomir").arg(m_windows.size()));
-        writeRecord(path, *record);
-        return openFile(path, kOwnType);
+        return m_editors.open(record);
     }
 
     EditorWindow openFile(const QString& path, const QString& typeName)
     {
-        EditorWindow opened = newWindow();
-        const Status read = opened.document->readFromFile(path, typeName);
-        if (!read)
-            qFatal("cannot read %s: %s", qPrintable(path), qPrintable(read.error().message));
-        return show(opened);
-    }
-
-    static EditorWindow newWindow()
-    {
-        EditorWindow made;
-        made.window = instantiateController<CascadingWindowController>(kDocumentWindowScene);
-        made.document = new Document(made.window);
-        return made;
-    }
-
-    EditorWindow show(EditorWindow opened)
-    {
-        opened.window->setDocument(opened.document, nullptr);
-        opened.editor = opened.window->editor();
-        auto alerts = std::make_unique<RecordingAlerts>();
-        opened.alerts = alerts.get();
-        opened.editor->setAlertPresenter(std::move(alerts));
-        opened.window->show();
-        opened.window->activateWindow();
-        if (!QTest::qWaitForWindowActive(opened.window))
-            qFatal("the window did not become active");
-        m_windows.emplace_back(opened.window);
-        return opened;
-    }
-
-    // Picks the item the way a user does, through the open popup, so that picking
-    // the item already selected is reported too.
-    static void chooseItem(QComboBox* popup, int index)
-    {
-        popup->showPopup();
-        QAbstractItemView* list = popup->view();
-        QTRY_VERIFY(list->isVisible());
-        list->setCurrentIndex(popup->model()->index(index, 0));
-        QTest::keyClick(list, Qt::Key_Return);
-        QTRY_VERIFY(!list->isVisible());
-    }
-
-    static void typeIntoField(QLineEdit* field, const QString& text)
-    {
-        field->setFocus(Qt::OtherFocusReason);
-        QTest::keyClicks(field, text);
-    }
-
-    static void replaceField(QLineEdit* field, const QString& text)
-    {
-        field->setFocus(Qt::OtherFocusReason);
-        field->selectAll();
-        QTest::keyClick(field, Qt::Key_Delete);
-        QTest::keyClicks(field, text);
-        QTest::keyClick(field, Qt::Key_Return);
-    }
-
-    static void typeIntoLabel(const EditorWindow& opened, const QString& text)
-    {
-        QWidget* label = opened.editor->labelTextWidget();
-        label->setFocus(Qt::OtherFocusReason);
-        QTest::keyClicks(label, text);
-    }
-
-    static void pressInLabel(const EditorWindow& opened, Qt::Key key,
-                             Qt::KeyboardModifiers modifiers = Qt::NoModifier)
-    {
-        QWidget* label = opened.editor->labelTextWidget();
-        label->setFocus(Qt::OtherFocusReason);
-        QTest::keyClick(label, key, modifiers);
-    }
-
-    // A record of a label of a custom size, given in points, in millimetres
-    // written out in full (a document keeps what it was given; only typing rounds
-    // it).
-    static Content customSizeRecord(double widthPoints, double heightPoints)
-    {
-        Content record;
-        record.dimensions = 1;
-        record.metric = 0;
-        record.width = QString::number(widthPoints * kPointToMillimetersConversionFactor, 'g', 17);
-        record.height =
-            QString::number(heightPoints * kPointToMillimetersConversionFactor, 'g', 17);
-        return record;
+        return m_editors.openFile(path, typeName);
     }
 
     static int placeholderRunUnits(const QString& text)
@@ -243,7 +86,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         QStandardPaths::setTestModeEnabled(true);
-        QVERIFY(m_files.isValid());
+        QVERIFY(m_editors.isValid());
         QVERIFY(installTranslations(*qApp));
     }
 
@@ -254,12 +97,7 @@ private Q_SLOTS:
         settings.remove(QString::fromLatin1(kSpaceLimitAlertSuppressedKey));
     }
 
-    void cleanup()
-    {
-        for (const QPointer<CascadingWindowController>& window : m_windows)
-            delete window.data();
-        m_windows.clear();
-    }
+    void cleanup() { m_editors.closeAll(); }
 
     // --- Opening a window ---
 
@@ -949,8 +787,7 @@ private Q_SLOTS:
                                              "the end of next summer, keep cool"));
         const RichText text = opened.editor->labelText();
         const QTextDocument* editorDocument = opened.textView()->document();
-        const LabelTextLayout printed(text,
-                                      opened.editor->labelSize().width() - 2.0 * kLabelTextMargin);
+        const LabelTextLayout printed(text, opened.editor->labelSize().width());
         const QTextBlock editorBlock = editorDocument->begin();
         const QTextBlock printedBlock = printed.document().begin();
         QVERIFY(editorBlock.layout()->lineCount() > 3);
@@ -978,7 +815,7 @@ private Q_SLOTS:
         opened.editor->zoomOutAction()->trigger();
         QVERIFY(opened.document->isModified());
 
-        const QString path = m_files.filePath(QStringLiteral("every-control.lomir"));
+        const QString path = m_editors.filePath(QStringLiteral("every-control.lomir"));
         QVERIFY(opened.document->saveToFile(path, kOwnType));
         const Content saved = opened.editor->currentRecord();
 
@@ -1024,7 +861,7 @@ private Q_SLOTS:
         chooseItem(opened.metricDropdown(), 1);
         opened.editor->zoomOutAction()->trigger();
 
-        const QString path = m_files.filePath(fileName);
+        const QString path = m_editors.filePath(fileName);
         QVERIFY(opened.document->saveToFile(path, typeName));
         const EditorWindow reopened = openFile(path, typeName);
         QCOMPARE(reopened.text(), QStringLiteral("Rhubarb"));

@@ -5,7 +5,7 @@
 #include "layout/sheetgeometry.h"
 #include "layout/tilingtextview.h"
 #include "support/fatalstop.h"
-#include "support/pdfreadback.h"
+#include "support/printedpdf.h"
 
 #include <QFileInfo>
 #include <QGuiApplication>
@@ -13,9 +13,6 @@
 #include <QPageSize>
 #include <QPainter>
 #include <QPdfWriter>
-#include <QProcess>
-#include <QRegularExpression>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 #include <algorithm>
@@ -79,67 +76,6 @@ PaintOutcome printToPdf(const PrintPlan& plan, const QPageLayout& printSettings,
     const PaintOutcome outcome = paintPages(painter, writer, *view, plan.margins, options);
     painter.end();
     return outcome;
-}
-
-// Where the plan puts each copy on its page, in points from the paper's top-left corner,
-// moved by a transform of the paper.
-struct ExpectedCopy
-{
-    int page = 0;
-    QPointF topLeft;
-    QString serial;
-};
-
-std::vector<ExpectedCopy> expectedCopies(const PrintPlan& plan, const TilingTextView& view,
-                                         const QTransform& paper = QTransform(),
-                                         qint64 firstPage = 0)
-{
-    std::vector<ExpectedCopy> copies;
-    const qint64 rowsOnAPage = *view.numberOfRowsOnAPage();
-    const qint64 columns = *view.numberOfColumns();
-    for (qint64 copy = 0; copy < plan.quantity; ++copy) {
-        const CellPosition cell = cellPositionOfCopy(copy, rowsOnAPage, columns);
-        if (cell.page < firstPage)
-            continue;
-        const QPointF corner(
-            plan.margins.left() + double(cell.column) * plan.cell.width + plan.spacing / 2.0,
-            plan.margins.top() + double(cell.row) * plan.cell.height + plan.spacing / 2.0);
-        copies.push_back(
-            ExpectedCopy{int(cell.page - firstPage) + 1, paper.map(corner),
-                         serialText(copy, plan.serialStart, *view.serialDigitCount())});
-    }
-    return copies;
-}
-
-// Compares the copies read back with the expected ones and gives the largest distance
-// from where the geometry puts them.
-double compareCopies(const std::vector<PrintedCopy>& printed,
-                     const std::vector<ExpectedCopy>& expected)
-{
-    if (printed.size() != expected.size()) {
-        QTest::qFail(qPrintable(QStringLiteral("%1 copies printed, %2 expected")
-                                    .arg(printed.size())
-                                    .arg(expected.size())),
-                     __FILE__, __LINE__);
-        return -1.0;
-    }
-    double largest = 0.0;
-    for (std::size_t i = 0; i < printed.size(); ++i) {
-        if (printed[i].page != expected[i].page || printed[i].serial != expected[i].serial) {
-            QTest::qFail(qPrintable(QStringLiteral("copy %1: page %2 serial %3, expected page "
-                                                   "%4 serial %5")
-                                        .arg(i)
-                                        .arg(printed[i].page)
-                                        .arg(printed[i].serial)
-                                        .arg(expected[i].page)
-                                        .arg(expected[i].serial)),
-                         __FILE__, __LINE__);
-            return -1.0;
-        }
-        largest = std::max({largest, std::abs(printed[i].topLeft.x() - expected[i].topLeft.x()),
-                            std::abs(printed[i].topLeft.y() - expected[i].topLeft.y())});
-    }
-    return largest;
 }
 
 // The ink-weighted middle of the dark pixels of a row (or a column) between from and to.
