@@ -122,10 +122,6 @@ was not understood.
         <translation>The paper size cannot be used for a PDF.</translation>
     </message>
     <message>
-        <source>Cannot write “%1”.</source>
-        <translation>Cannot write “%1”.</translation>
-    </message>
-    <message>
         <source>There is no printer named “%1”.</source>
         <translation>There is no printer named “%1”.</translation>
     </message>

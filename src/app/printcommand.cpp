@@ -14,7 +14,9 @@
 #include <QPrinterInfo>
 #include <QSaveFile>
 #include <QTextStream>
+#include <functional>
 #include <memory>
+#include <optional>
 
 namespace lomir {
 
@@ -46,35 +48,53 @@ private:
     QTextStream& m_err;
 };
 
+// Where painting a print onto a device stopped.
+enum class DeviceFailure
+{
+    PageLayout, // the device does not take the paper
+    Start,      // the painter could not begin on it
+    Pages,      // it stopped taking pages
+};
+
+// Lays the device's page out as the whole paper and paints every page onto it. The
+// abort, when given, runs before the painter ends on a device that stopped taking pages.
+std::optional<DeviceFailure> paintPrint(QPagedPaintDevice& device, const PreparedPrint& print,
+                                        const std::function<void()>& abort = {})
+{
+    if (!device.setPageLayout(fullPaperLayout(print.plan.paper)))
+        return DeviceFailure::PageLayout;
+    QPainter painter;
+    if (!painter.begin(&device))
+        return DeviceFailure::Start;
+    const PaintOutcome outcome =
+        paintPages(painter, device, *print.view, print.plan.margins, PagePainting{});
+    if (outcome != PaintOutcome::Finished && abort)
+        abort();
+    painter.end();
+    if (outcome != PaintOutcome::Finished)
+        return DeviceFailure::Pages;
+    return std::nullopt;
+}
+
 int printToPdf(const PreparedPrint& print, const QString& path, const QString& title,
                QTextStream& err)
 {
     // The PDF replaces the file only once it is whole.
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) {
-        err << PrintCommand::tr("Cannot write “%1”: %2.").arg(path, file.errorString()) << '\n';
-        return kExitFailure;
+    if (file.open(QIODevice::WriteOnly)) {
+        QPdfWriter writer(&file);
+        writer.setTitle(title);
+        writer.setCreator(QStringLiteral("Lomir"));
+        const std::optional<DeviceFailure> failure = paintPrint(writer, print);
+        if (failure == DeviceFailure::PageLayout) {
+            err << PrintCommand::tr("The paper size cannot be used for a PDF.") << '\n';
+            return kExitFailure;
+        }
+        if (!failure && file.commit())
+            return kExitSuccess;
     }
-    QPdfWriter writer(&file);
-    writer.setTitle(title);
-    writer.setCreator(QStringLiteral("Lomir"));
-    if (!writer.setPageLayout(fullPaperLayout(print.plan.paper))) {
-        err << PrintCommand::tr("The paper size cannot be used for a PDF.") << '\n';
-        return kExitFailure;
-    }
-    QPainter painter;
-    if (!painter.begin(&writer)) {
-        err << PrintCommand::tr("Cannot write “%1”.").arg(path) << '\n';
-        return kExitFailure;
-    }
-    const PaintOutcome outcome =
-        paintPages(painter, writer, *print.view, print.plan.margins, PagePainting{});
-    painter.end();
-    if (outcome != PaintOutcome::Finished || !file.commit()) {
-        err << PrintCommand::tr("Cannot write “%1”: %2.").arg(path, file.errorString()) << '\n';
-        return kExitFailure;
-    }
-    return kExitSuccess;
+    err << PrintCommand::tr("Cannot write “%1”: %2.").arg(path, file.errorString()) << '\n';
+    return kExitFailure;
 }
 
 int printOnQueue(const PreparedPrint& print, const QString& queue, const QString& title,
@@ -88,26 +108,23 @@ int printOnQueue(const PreparedPrint& print, const QString& queue, const QString
     printer.setPrinterName(queue);
     printer.setDocName(title);
     printer.setFullPage(true);
-    if (!printer.setPageLayout(fullPaperLayout(print.plan.paper))) {
-        err << PrintCommand::tr("The printer “%1” does not take this paper size.").arg(queue)
-            << '\n';
-        return kExitFailure;
+    const std::optional<DeviceFailure> failure =
+        paintPrint(printer, print, [&printer] { printer.abort(); });
+    if (!failure)
+        return kExitSuccess;
+    switch (*failure) {
+    case DeviceFailure::PageLayout:
+        err << PrintCommand::tr("The printer “%1” does not take this paper size.").arg(queue);
+        break;
+    case DeviceFailure::Start:
+        err << PrintCommand::tr("The printer “%1” does not take the job.").arg(queue);
+        break;
+    case DeviceFailure::Pages:
+        err << PrintCommand::tr("The printer “%1” stopped taking pages.").arg(queue);
+        break;
     }
-    QPainter painter;
-    if (!painter.begin(&printer)) {
-        err << PrintCommand::tr("The printer “%1” does not take the job.").arg(queue) << '\n';
-        return kExitFailure;
-    }
-    const PaintOutcome outcome =
-        paintPages(painter, printer, *print.view, print.plan.margins, PagePainting{});
-    if (outcome != PaintOutcome::Finished) {
-        printer.abort();
-        painter.end();
-        err << PrintCommand::tr("The printer “%1” stopped taking pages.").arg(queue) << '\n';
-        return kExitFailure;
-    }
-    painter.end();
-    return kExitSuccess;
+    err << '\n';
+    return kExitFailure;
 }
 
 } // namespace
