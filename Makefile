@@ -2,14 +2,17 @@
 # Debian 12 machine (run as root the first time, so the packages can be installed).
 
 BUILD_DIR ?= build
+SANITIZE_BUILD_DIR ?= build-sanitize
 BUILD_TYPE ?= RelWithDebInfo
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
 ifdef CI
 CMAKE_FLAGS += -DLOMIR_WERROR=ON
 endif
+CTEST = QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j $(JOBS)
 
-.PHONY: all deps configure build test bench run fuzz clean
+.PHONY: all deps configure build configure-sanitize build-sanitize \
+        test test-normal test-sanitize bench run fuzz clean
 
 all: build
 
@@ -22,8 +25,24 @@ configure: deps
 build: configure
 	cmake --build $(BUILD_DIR) -j $(JOBS)
 
-test: build
-	cd $(BUILD_DIR) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j $(JOBS)
+# The same sources built with AddressSanitizer and UndefinedBehaviorSanitizer, in a tree
+# of their own beside the normal one (no benchmarks: they are timed on the normal build).
+configure-sanitize: deps
+	cmake -S . -B $(SANITIZE_BUILD_DIR) -DCMAKE_BUILD_TYPE=$(BUILD_TYPE) \
+	      -DLOMIR_SANITIZE=ON -DLOMIR_BUILD_BENCH=OFF $(CMAKE_FLAGS)
+
+build-sanitize: configure-sanitize
+	cmake --build $(SANITIZE_BUILD_DIR) -j $(JOBS)
+
+# Every test and fuzz corpus replay runs in both trees; in the sanitizer tree any report
+# of a sanitizer fails the test that made it.
+test: test-normal test-sanitize
+
+test-normal: build
+	cd $(BUILD_DIR) && $(CTEST)
+
+test-sanitize: build-sanitize
+	cd $(SANITIZE_BUILD_DIR) && $(CTEST)
 
 bench: configure
 	cmake --build $(BUILD_DIR) -j $(JOBS) --target tiling-bench
@@ -41,4 +60,4 @@ fuzz: deps
 	scripts/fuzz all $(FUZZ_SECONDS)
 
 clean:
-	rm -rf $(BUILD_DIR)
+	rm -rf $(BUILD_DIR) $(SANITIZE_BUILD_DIR)

@@ -3,7 +3,7 @@
 // on stdout is the result:
 //   labels=N pages=P seconds=T labels_per_s=R peak_rss_mb=M
 
-#include "document/richtext.h"
+#include "document/richtext/richtext.h"
 #include "layout/labeltextlayout.h"
 #include "layout/measurement.h"
 #include "layout/printjob.h"

@@ -1,6 +1,6 @@
 #include "document/content.h"
 
-#include "document/keyedarchive.h"
+#include "document/keyedarchive/keyedarchive.h"
 
 #include <charconv>
 #include <cmath>

@@ -2,7 +2,7 @@
 
 #include "base/errors.h"
 #include "base/result.h"
-#include "document/richtext.h"
+#include "document/richtext/richtext.h"
 
 #include <QByteArray>
 #include <QString>

@@ -1,7 +1,7 @@
 #include "document/documentformats.h"
 
 #include "document/documentlimits.h"
-#include "document/rtf.h"
+#include "document/rtf/rtf.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>

@@ -1,6 +1,6 @@
 #include "editor/formatcontrols.h"
 
-#include "document/richtextdocument.h"
+#include "document/richtext/richtextdocument.h"
 #include "editor/labeltextview.h"
 
 #include <QAction>

@@ -1,7 +1,7 @@
 #include "editor/labeltextview.h"
 
 #include "document/content.h"
-#include "document/richtextdocument.h"
+#include "document/richtext/richtextdocument.h"
 #include "layout/labeltextlayout.h"
 #include "layout/layoutresolution.h"
 #include "layout/measurement.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "document/content.h"
-#include "document/richtext.h"
+#include "document/richtext/richtext.h"
 #include "editor/metric.h"
 
 #include <QKeySequence>

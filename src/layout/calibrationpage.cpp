@@ -1,6 +1,6 @@
 #include "layout/calibrationpage.h"
 
-#include "document/richtext.h"
+#include "document/richtext/richtext.h"
 #include "layout/labeltextlayout.h"
 #include "layout/printjob.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "document/richtext.h"
+#include "document/richtext/richtext.h"
 #include "layout/serialnumber.h"
 
 #include <QRectF>

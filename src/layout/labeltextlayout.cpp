@@ -1,6 +1,6 @@
 #include "layout/labeltextlayout.h"
 
-#include "document/richtextdocument.h"
+#include "document/richtext/richtextdocument.h"
 #include "layout/layoutresolution.h"
 
 #include <QAbstractTextDocumentLayout>

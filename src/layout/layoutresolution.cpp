@@ -1,6 +1,6 @@
 #include "layout/layoutresolution.h"
 
-#include "document/richtextdocument.h"
+#include "document/richtext/richtextdocument.h"
 
 #include <algorithm>
 

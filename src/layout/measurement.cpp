@@ -1,6 +1,6 @@
 #include "layout/measurement.h"
 
-#include "document/richtextdocument.h"
+#include "document/richtext/richtextdocument.h"
 #include "layout/layoutresolution.h"
 
 #include <QFontMetricsF>
@@ -32,7 +32,7 @@ FontSpec fontOf(const TextAttributes& attributes)
 struct LineMetrics
 {
     double width = 0.0;  // natural width of the laid-out line
-    double height = 0.0; // ascent + descent + leading
+    double height = 0.0; // ascent + descent + leading, a negative leading left out
 };
 
 // Lays out runs of rich text at one common resolution and reports each line in points.
@@ -88,8 +88,13 @@ public:
         layout.beginLayout();
         for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
             line.setLineWidth(kUnboundedLineWidth);
-            lines.push_back({toPoints(line.naturalTextWidth()),
-                             toPoints(line.ascent() + line.descent() + line.leading())});
+            // Faces whose ascent and descent the font engine rounds to whole pixels (the
+            // URW fonts, such as Nimbus Sans for Helvetica) can report a negative leading
+            // where the rounded line height falls short of them. The document layout that
+            // prints the label leaves a negative leading out, and so does the measurement.
+            lines.push_back(
+                {toPoints(line.naturalTextWidth()),
+                 toPoints(line.ascent() + line.descent() + std::max(qreal(0), line.leading()))});
         }
         layout.endLayout();
         return lines;

@@ -1,9 +1,8 @@
 #pragma once
 
-#include "document/richtext.h"
+#include "document/richtext/richtext.h"
 
 #include <QtGlobal>
-
 #include <optional>
 
 class QTextDocument;
@@ -36,11 +35,12 @@ void setUniformFontSize(QTextDocument& document, double pointSize);
 // How many decimal digits the value has, its sign not counted.
 qint64 numberOfDigits(qint64 value);
 
-enum class RoundingRule {
+enum class RoundingRule
+{
     ToNearestOrAwayFromZero,
     ToNearestOrEven,
-    Up,         // toward +infinity
-    Down,       // toward -infinity
+    Up,   // toward +infinity
+    Down, // toward -infinity
     TowardZero,
     AwayFromZero,
 };

@@ -1,10 +1,9 @@
 #pragma once
 
-#include "document/richtext.h"
+#include "document/richtext/richtext.h"
 
 #include <QString>
 #include <QtGlobal>
-
 #include <optional>
 
 namespace lomir {

@@ -1,6 +1,6 @@
 #include "document/documentformats.h"
 #include "document/documentlimits.h"
-#include "document/rtf.h"
+#include "document/rtf/rtf.h"
 #include "support/records.h"
 
 #include <QLocale>

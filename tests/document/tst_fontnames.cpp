@@ -1,4 +1,4 @@
-#include "document/fontnames.h"
+#include "document/richtext/fontnames.h"
 
 #include <QTest>
 

@@ -1,9 +1,9 @@
-#include "document/colorspaces.h"
 #include "document/documentlimits.h"
-#include "document/fontnames.h"
-#include "document/keyedarchive.h"
-#include "document/propertylist.h"
-#include "document/runtable.h"
+#include "document/keyedarchive/colorspaces.h"
+#include "document/keyedarchive/keyedarchive.h"
+#include "document/keyedarchive/propertylist.h"
+#include "document/keyedarchive/runtable.h"
+#include "document/richtext/fontnames.h"
 #include "support/archivebuilder.h"
 
 #include <QDir>
@@ -787,7 +787,8 @@ void TestKeyedArchive::fontWithoutPostScriptName()
     attributes.font = liberation;
     const auto read = unarchiveRichText(archiveRichText(RichText(u"Label"_s, attributes)));
     QVERIFY(read.ok());
-    const FontSpec& font = *read->runs().front().attributes.font;
+    const std::vector<AttributeRun> runs = read->runs();
+    const FontSpec& font = *runs.front().attributes.font;
     QCOMPARE(font.postScriptName, u"LiberationSans-Bold"_s);
     QCOMPARE(font.family, u"Liberation Sans"_s);
     QVERIFY(font.bold);
@@ -1175,7 +1176,8 @@ void TestKeyedArchive::otherColorForms()
     });
     const auto read = unarchiveRichText(archive);
     QVERIFY2(read.ok(), qPrintable(read.ok() ? QString() : read.error().message));
-    const TextAttributes& attributes = read->runs().front().attributes;
+    const std::vector<AttributeRun> runs = read->runs();
+    const TextAttributes& attributes = runs.front().attributes;
     QVERIFY(attributes.foreground.has_value());
     QCOMPARE(*attributes.foreground, expected);
 }

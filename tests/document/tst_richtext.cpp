@@ -1,5 +1,5 @@
-#include "document/richtext.h"
-#include "document/richtextdocument.h"
+#include "document/richtext/richtext.h"
+#include "document/richtext/richtextdocument.h"
 
 #include <QTest>
 #include <QTextBlock>

@@ -1,5 +1,5 @@
-#include "document/fontnames.h"
-#include "document/rtf.h"
+#include "document/richtext/fontnames.h"
+#include "document/rtf/rtf.h"
 
 #include <QDir>
 #include <QElapsedTimer>

@@ -1,4 +1,4 @@
-#include "document/richtextdocument.h"
+#include "document/richtext/richtextdocument.h"
 #include "editor/appearance.h"
 #include "editor/centeredclipview.h"
 #include "editor/labelcell.h"

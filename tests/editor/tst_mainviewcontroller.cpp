@@ -2,7 +2,7 @@
 #include "app/scene.h"
 #include "document/content.h"
 #include "document/document.h"
-#include "document/richtextdocument.h"
+#include "document/richtext/richtextdocument.h"
 #include "editor/appearance.h"
 #include "editor/centeredclipview.h"
 #include "editor/editoralerts.h"

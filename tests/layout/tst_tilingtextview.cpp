@@ -805,6 +805,18 @@ void TestTilingTextView::measuredLabelDoesNotWrap_data()
     mixed.append(QStringLiteral("0042 of a long second line"), arial(8.25));
     QTest::newRow("runs and lines") << mixed;
     QTest::newRow("rich label") << richLabel();
+    // Runs without a font are Helvetica, which most desktops resolve to Nimbus Sans (from
+    // the URW fonts), whose ascent and descent come out in whole layout pixels; Times and
+    // Courier resolve to URW faces there too.
+    QTest::newRow("no font") << RichText(QStringLiteral("Batch No. 0123456789 WAVE fifi\nLot 7"));
+    for (const char* family : {"Helvetica", "Times", "Courier"}) {
+        for (double size : {4.0, 9.5, 13.37, 144.0}) {
+            TextAttributes face;
+            face.font = FontSpec{QString::fromLatin1(family), QString(), size, false, false};
+            QTest::addRow("%s %g", family, size)
+                << RichText(QStringLiteral("Batch No. 0123456789 WAVE fifi"), face);
+        }
+    }
 }
 
 void TestTilingTextView::measuredLabelDoesNotWrap()

@@ -17,12 +17,12 @@
 // the archive is refused as holding such an object, not as damaged, since nothing in it
 // is malformed.
 
-#include "document/archiveerrors.h"
-#include "document/colorspaces.h"
-#include "document/fontnames.h"
-#include "document/keyedarchive.h"
-#include "document/propertylist.h"
-#include "document/runtable.h"
+#include "document/keyedarchive/archiveerrors.h"
+#include "document/keyedarchive/colorspaces.h"
+#include "document/keyedarchive/keyedarchive.h"
+#include "document/keyedarchive/propertylist.h"
+#include "document/keyedarchive/runtable.h"
+#include "document/richtext/fontnames.h"
 
 #include <QScopeGuard>
 #include <QStringList>

@@ -1,4 +1,4 @@
-#include "document/srgbprofile.h"
+#include "document/keyedarchive/srgbprofile.h"
 
 namespace lomir {
 

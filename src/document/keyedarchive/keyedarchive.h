@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/result.h"
-#include "document/richtext.h"
+#include "document/richtext/richtext.h"
 
 #include <QByteArray>
 

@@ -1,4 +1,4 @@
-#include "document/richtextdocument.h"
+#include "document/richtext/richtextdocument.h"
 
 #include <QTextBlock>
 #include <QTextCursor>

@@ -1,4 +1,4 @@
-#include "document/colorspaces.h"
+#include "document/keyedarchive/colorspaces.h"
 
 #include <algorithm>
 #include <cmath>

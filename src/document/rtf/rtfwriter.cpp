@@ -1,5 +1,5 @@
-#include "document/rtf.h"
-#include "document/rtfcodepage.h"
+#include "document/rtf/rtf.h"
+#include "document/rtf/rtfcodepage.h"
 
 #include <QString>
 #include <algorithm>

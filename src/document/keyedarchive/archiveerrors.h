@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/result.h"
-#include "document/keyedarchive.h"
+#include "document/keyedarchive/keyedarchive.h"
 
 #include <QString>
 

@@ -1,4 +1,4 @@
-#include "document/richtext.h"
+#include "document/richtext/richtext.h"
 
 #include <QTextBoundaryFinder>
 

@@ -1,6 +1,6 @@
-#include "document/runtable.h"
+#include "document/keyedarchive/runtable.h"
 
-#include "document/archiveerrors.h"
+#include "document/keyedarchive/archiveerrors.h"
 
 #include <optional>
 

@@ -1,4 +1,4 @@
-#include "document/rtfcodepage.h"
+#include "document/rtf/rtfcodepage.h"
 
 #include <QByteArray>
 #include <array>

@@ -1,6 +1,6 @@
-#include "document/fontnames.h"
-#include "document/rtf.h"
-#include "document/rtfcodepage.h"
+#include "document/richtext/fontnames.h"
+#include "document/rtf/rtf.h"
+#include "document/rtf/rtfcodepage.h"
 
 #include <QString>
 #include <algorithm>

@@ -1,7 +1,7 @@
-#include "document/propertylist.h"
+#include "document/keyedarchive/propertylist.h"
 
-#include "document/archiveerrors.h"
 #include "document/documentlimits.h"
+#include "document/keyedarchive/archiveerrors.h"
 
 #include <QXmlStreamReader>
 #include <algorithm>
