@@ -50,6 +50,7 @@ bench: configure
 	$(BUILD_DIR)/bench/tiling-bench --rich
 	$(BUILD_DIR)/bench/preview-bench
 	$(BUILD_DIR)/bench/preview-bench --stock
+	BUILD_DIR=$(BUILD_DIR) bench/print-command
 	BUILD_DIR=$(BUILD_DIR) bench/startup
 
 run: build

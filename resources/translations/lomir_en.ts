@@ -8,15 +8,51 @@
   lomir [FILE...]          open the label editor with these files, or a new label
   lomir convert IN OUT     convert a label between .lomir, .txt and .rtf
   lomir inspect FILE       print a label document as JSON
+  lomir print FILE (-o OUT.pdf | --printer NAME) [OPTIONS]
+                           print the label's copies, as the editor's Print command
+                           does, without a display:
+    -o OUT.pdf             write the pages to a PDF file
+    --printer NAME         send the job to this print queue (see “lpstat -p”)
+    --full-page            print exactly one full page of copies
+    --quantity N           print N copies instead of the document's quantity
+    --serial-start N       number the copies from N instead of the document's
+                           first number
+    --paper NAME|WxHUNIT   the paper: a name such as A4, Letter, A5 or Legal, or a
+                           size with the unit mm, in or pt (100x150mm, 4x6in);
+                           A4, or Letter where the locale uses Letter, by default
+    --margins L,T,R,B      left, top, right and bottom margins in points
+                           (default 36,36,36,36)
+    A label larger than the paper less the margins is not printed (exit status 1).
   lomir --version          print the version
   lomir --help             print this help
+
+Exit status: 0 when done, 1 when the command could not be carried out, 2 when it
+was not understood.
 </source>
         <translation>Usage:
   lomir [FILE...]          open the label editor with these files, or a new label
   lomir convert IN OUT     convert a label between .lomir, .txt and .rtf
   lomir inspect FILE       print a label document as JSON
+  lomir print FILE (-o OUT.pdf | --printer NAME) [OPTIONS]
+                           print the label's copies, as the editor's Print command
+                           does, without a display:
+    -o OUT.pdf             write the pages to a PDF file
+    --printer NAME         send the job to this print queue (see “lpstat -p”)
+    --full-page            print exactly one full page of copies
+    --quantity N           print N copies instead of the document's quantity
+    --serial-start N       number the copies from N instead of the document's
+                           first number
+    --paper NAME|WxHUNIT   the paper: a name such as A4, Letter, A5 or Legal, or a
+                           size with the unit mm, in or pt (100x150mm, 4x6in);
+                           A4, or Letter where the locale uses Letter, by default
+    --margins L,T,R,B      left, top, right and bottom margins in points
+                           (default 36,36,36,36)
+    A label larger than the paper less the margins is not printed (exit status 1).
   lomir --version          print the version
   lomir --help             print this help
+
+Exit status: 0 when done, 1 when the command could not be carried out, 2 when it
+was not understood.
 </translation>
     </message>
     <message>
@@ -40,6 +76,66 @@
 </source>
         <translation>Unknown command “%1”; see “lomir --help”.
 </translation>
+    </message>
+    <message>
+        <source>%1 takes a whole number of at least %2, not “%3”.</source>
+        <translation>%1 takes a whole number of at least %2, not “%3”.</translation>
+    </message>
+    <message>
+        <source>Unknown paper “%1”: give a paper name such as A4 or Letter, or a size such as 100x150mm, 4x6in or 288x432pt.</source>
+        <translation>Unknown paper “%1”: give a paper name such as A4 or Letter, or a size such as 100x150mm, 4x6in or 288x432pt.</translation>
+    </message>
+    <message>
+        <source>The margins “%1” are not four numbers of points of at least 0, given as LEFT,TOP,RIGHT,BOTTOM.</source>
+        <translation>The margins “%1” are not four numbers of points of at least 0, given as LEFT,TOP,RIGHT,BOTTOM.</translation>
+    </message>
+    <message>
+        <source>%1 needs a value; see “lomir --help”.</source>
+        <translation>%1 needs a value; see “lomir --help”.</translation>
+    </message>
+    <message>
+        <source>Unknown option “%1” for “print”; see “lomir --help”.</source>
+        <translation>Unknown option “%1” for “print”; see “lomir --help”.</translation>
+    </message>
+    <message>
+        <source>“print” takes one label file, not “%1” as well; see “lomir --help”.</source>
+        <translation>“print” takes one label file, not “%1” as well; see “lomir --help”.</translation>
+    </message>
+    <message>
+        <source>“print” needs a label file to print; see “lomir --help”.</source>
+        <translation>“print” needs a label file to print; see “lomir --help”.</translation>
+    </message>
+    <message>
+        <source>“print” needs either -o OUT.pdf or --printer NAME, and not both; see “lomir --help”.</source>
+        <translation>“print” needs either -o OUT.pdf or --printer NAME, and not both; see “lomir --help”.</translation>
+    </message>
+    <message>
+        <source>The first serial number and the quantity together pass the largest number Lomir counts to (9223372036854775807).</source>
+        <translation>The first serial number and the quantity together pass the largest number Lomir counts to (9223372036854775807).</translation>
+    </message>
+    <message>
+        <source>Cannot write “%1”: %2.</source>
+        <translation>Cannot write “%1”: %2.</translation>
+    </message>
+    <message>
+        <source>The paper size cannot be used for a PDF.</source>
+        <translation>The paper size cannot be used for a PDF.</translation>
+    </message>
+    <message>
+        <source>There is no printer named “%1”.</source>
+        <translation>There is no printer named “%1”.</translation>
+    </message>
+    <message>
+        <source>The printer “%1” does not take this paper size.</source>
+        <translation>The printer “%1” does not take this paper size.</translation>
+    </message>
+    <message>
+        <source>The printer “%1” does not take the job.</source>
+        <translation>The printer “%1” does not take the job.</translation>
+    </message>
+    <message>
+        <source>The printer “%1” stopped taking pages.</source>
+        <translation>The printer “%1” stopped taking pages.</translation>
     </message>
 </context>
 <context>
@@ -252,6 +348,17 @@
     <message>
         <source>PDF Document (*.pdf)</source>
         <translation>PDF Document (*.pdf)</translation>
+    </message>
+</context>
+<context>
+    <name>PrintRoutine</name>
+    <message>
+        <source>Cell Size Alert Message</source>
+        <translation>The label is too large for the paper.</translation>
+    </message>
+    <message>
+        <source>Cell Size Alert Informative</source>
+        <translation>Make the label smaller, or print on larger paper or with smaller margins.</translation>
     </message>
 </context>
 <context>
@@ -859,6 +966,56 @@
     <message>
         <source>Fit Page</source>
         <translation>Fit Page</translation>
+    </message>
+</context>
+<context>
+    <name>lomir::NegativeFeedbackViewController</name>
+    <message>
+        <source>Feedback</source>
+        <translation>Feedback</translation>
+    </message>
+    <message>
+        <source>We are sorry Lomir does not suit you yet.</source>
+        <translation>We are sorry Lomir does not suit you yet.</translation>
+    </message>
+    <message>
+        <source>Would you tell us what we could do better? Share Feedback starts an e-mail to us with the versions of Lomir and of your system filled in.</source>
+        <translation>Would you tell us what we could do better? Share Feedback starts an e-mail to us with the versions of Lomir and of your system filled in.</translation>
+    </message>
+    <message>
+        <source>Don't Ask Again</source>
+        <translation>Don't Ask Again</translation>
+    </message>
+    <message>
+        <source>Not Now</source>
+        <translation>Not Now</translation>
+    </message>
+    <message>
+        <source>Share Feedback</source>
+        <translation>Share Feedback</translation>
+    </message>
+</context>
+<context>
+    <name>lomir::ReviewViewController</name>
+    <message>
+        <source>Enjoying Lomir?</source>
+        <translation>Enjoying Lomir?</translation>
+    </message>
+    <message>
+        <source>Do you like Lomir?</source>
+        <translation>Do you like Lomir?</translation>
+    </message>
+    <message>
+        <source>Your answer helps us make Lomir better. We ask only until you answer.</source>
+        <translation>Your answer helps us make Lomir better. We ask only until you answer.</translation>
+    </message>
+    <message>
+        <source>No</source>
+        <translation>No</translation>
+    </message>
+    <message>
+        <source>Yes</source>
+        <translation>Yes</translation>
     </message>
 </context>
 </TS>

@@ -1,5 +1,7 @@
 #include "app/commandline.h"
 
+#include "app/printcommand.h"
+#include "app/printoptions.h"
 #include "base/errors.h"
 #include "document/documentfile.h"
 #include "document/documentformats.h"
@@ -28,8 +30,26 @@ QString usage()
         "  lomir [FILE...]          open the label editor with these files, or a new label\n"
         "  lomir convert IN OUT     convert a label between .lomir, .txt and .rtf\n"
         "  lomir inspect FILE       print a label document as JSON\n"
+        "  lomir print FILE (-o OUT.pdf | --printer NAME) [OPTIONS]\n"
+        "                           print the label's copies, as the editor's Print command\n"
+        "                           does, without a display:\n"
+        "    -o OUT.pdf             write the pages to a PDF file\n"
+        "    --printer NAME         send the job to this print queue (see “lpstat -p”)\n"
+        "    --full-page            print exactly one full page of copies\n"
+        "    --quantity N           print N copies instead of the document's quantity\n"
+        "    --serial-start N       number the copies from N instead of the document's\n"
+        "                           first number\n"
+        "    --paper NAME|WxHUNIT   the paper: a name such as A4, Letter, A5 or Legal, or a\n"
+        "                           size with the unit mm, in or pt (100x150mm, 4x6in);\n"
+        "                           A4, or Letter where the locale uses Letter, by default\n"
+        "    --margins L,T,R,B      left, top, right and bottom margins in points\n"
+        "                           (default 36,36,36,36)\n"
+        "    A label larger than the paper less the margins is not printed (exit status 1).\n"
         "  lomir --version          print the version\n"
-        "  lomir --help             print this help\n");
+        "  lomir --help             print this help\n"
+        "\n"
+        "Exit status: 0 when done, 1 when the command could not be carried out, 2 when it\n"
+        "was not understood.\n");
 }
 
 std::string utf8(const QString& text)
@@ -259,6 +279,22 @@ int convert(const QString& input, const QString& output, QTextStream& err)
     return kExitSuccess;
 }
 
+int print(const QStringList& arguments, QTextStream& err)
+{
+    const Result<PrintCommandOptions> options =
+        printCommandOptions(arguments, defaultPaperForLocale(paperLocale()));
+    if (!options) {
+        err << options.error().message << '\n';
+        return kExitUsage;
+    }
+    const Result<QString> type = typeOfArgument(options->file);
+    if (!type) {
+        err << type.error().message << '\n';
+        return kExitUsage;
+    }
+    return runPrintCommand(*options, *type, err);
+}
+
 int inspect(const QString& path, QTextStream& out, QTextStream& err)
 {
     const Result<QString> type = typeOfArgument(path);
@@ -282,7 +318,13 @@ bool isCommandLineInvocation(const QStringList& arguments)
     if (arguments.isEmpty())
         return false;
     const QString& first = arguments.first();
-    return first == u"convert" || first == u"inspect" || first.startsWith(u'-');
+    return first == u"convert" || first == u"inspect" || first == u"print" ||
+           first.startsWith(u'-');
+}
+
+bool isPrintCommand(const QStringList& arguments)
+{
+    return arguments.value(0) == u"print";
 }
 
 int runCommandLine(const QStringList& arguments, QTextStream& out, QTextStream& err)
@@ -300,6 +342,8 @@ int runCommandLine(const QStringList& arguments, QTextStream& out, QTextStream& 
         return convert(arguments[1], arguments[2], err);
     if (command == u"inspect" && arguments.size() == 2)
         return inspect(arguments[1], out, err);
+    if (command == u"print")
+        return print(arguments.mid(1), err);
 
     if (command == u"convert" || command == u"inspect")
         err << (command == u"convert"

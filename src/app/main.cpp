@@ -24,19 +24,34 @@ QStringList argumentsOf(int argc, char* argv[])
     return arguments;
 }
 
+// Runs a command-line command in the application made for it.
+int runCommand()
+{
+    nameApplication();
+    QStringList arguments = QCoreApplication::arguments();
+    arguments.removeFirst();
+    QTextStream out(stdout);
+    QTextStream err(stderr);
+    return lomir::runCommandLine(arguments, out, err);
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
 {
-    if (lomir::isCommandLineInvocation(argumentsOf(argc, argv))) {
-        // The commands read and write files only: no display, no fonts, no windows.
+    const QStringList arguments = argumentsOf(argc, argv);
+    if (lomir::isPrintCommand(arguments)) {
+        // Printing lays the label out with the editor's own objects; they are widgets, made
+        // on the offscreen platform so that no display is needed, whatever one there is.
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        QApplication application(argc, argv);
+        lomir::installTranslations(application);
+        return runCommand();
+    }
+    if (lomir::isCommandLineInvocation(arguments)) {
+        // The other commands read and write files only: no display, no fonts, no windows.
         QCoreApplication application(argc, argv);
-        nameApplication();
-        QStringList arguments = QCoreApplication::arguments();
-        arguments.removeFirst();
-        QTextStream out(stdout);
-        QTextStream err(stderr);
-        return lomir::runCommandLine(arguments, out, err);
+        return runCommand();
     }
 
     QApplication application(argc, argv);

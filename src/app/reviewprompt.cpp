@@ -3,6 +3,7 @@
 #include "base/fatal.h"
 
 #include <QSettings>
+#include <QUrlQuery>
 #include <QVariant>
 #include <algorithm>
 #include <cmath>
@@ -86,6 +87,23 @@ QStringList feedbackMailItems(const QString& shortVersion, const QString& buildV
     return {QStringLiteral("App Version: ") + shortVersion + QStringLiteral(" (Build ") +
                 buildVersion + QStringLiteral(")"),
             QStringLiteral("OS Version: ") + systemVersion};
+}
+
+QUrl feedbackMailUrl(const QString& address, const QStringList& bodyItems)
+{
+    // QUrlQuery leaves "&", "+" and "=" in a value as they are; escaped here, a mail
+    // program cannot take them for separators or spaces.
+    const auto value = [](const QString& text) {
+        return QString::fromLatin1(QUrl::toPercentEncoding(text));
+    };
+    QUrlQuery query;
+    query.addQueryItem(QStringLiteral("subject"), QStringLiteral(""));
+    query.addQueryItem(QStringLiteral("body"), value(bodyItems.join(u'\n')));
+    QUrl url;
+    url.setScheme(QStringLiteral("mailto"));
+    url.setPath(address);
+    url.setQuery(query);
+    return url;
 }
 
 } // namespace lomir

@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <QUrl>
 #include <QtGlobal>
 #include <optional>
 
@@ -48,5 +49,9 @@ void storeReviewAnswer(QSettings& settings, const std::optional<QString>& buildV
 // "OS Version: " with the system's own version text.
 QStringList feedbackMailItems(const QString& shortVersion, const QString& buildVersion,
                               const QString& systemVersion);
+
+// The feedback e-mail as a mailto: URL for the desktop's mail program: to the address,
+// with an empty subject, the items as the body's lines.
+QUrl feedbackMailUrl(const QString& address, const QStringList& bodyItems);
 
 } // namespace lomir

@@ -1,6 +1,7 @@
 #include "app/scene.h"
 
 #include "app/cascadingwindowcontroller.h"
+#include "app/reviewwindows.h"
 
 namespace lomir {
 
@@ -8,6 +9,10 @@ QObject* instantiateScene(QStringView identifier)
 {
     if (identifier == kDocumentWindowScene)
         return new CascadingWindowController;
+    if (identifier == kReviewWindowScene)
+        return new ReviewViewController;
+    if (identifier == kNegativeFeedbackWindowScene)
+        return new NegativeFeedbackViewController;
     fatalError(QStringLiteral("No scene has the identifier “%1”").arg(identifier).toStdString());
 }
 

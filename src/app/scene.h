@@ -11,6 +11,9 @@ namespace lomir {
 
 // The scenes the application's windows are made from, by identifier.
 inline constexpr QStringView kDocumentWindowScene = u"Document Window Controller";
+// The review prompt's question, and the feedback window that follows a "No".
+inline constexpr QStringView kReviewWindowScene = u"Review Window Controller";
+inline constexpr QStringView kNegativeFeedbackWindowScene = u"Negative Feedback Window Controller";
 
 // Makes the controller of the scene; the caller owns it. An identifier that names no
 // scene is a programming error and stops the program.

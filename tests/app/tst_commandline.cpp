@@ -1,6 +1,7 @@
 #include "document/documentformats.h"
 #include "document/documentlimits.h"
 #include "support/filecases.h"
+#include "support/lomirprocess.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -14,29 +15,11 @@
 #include <unistd.h>
 
 using namespace lomir;
+using testing::oneLine;
+using testing::Run;
+using testing::runLomir;
 
 namespace {
-
-struct Run
-{
-    int exitCode = -1;
-    QByteArray out;
-    QByteArray err;
-};
-
-Run runLomir(const QStringList& arguments, int timeoutMs = 60000,
-             const std::function<void()>& childSetUp = {})
-{
-    QProcess process;
-    if (childSetUp)
-        process.setChildProcessModifier(childSetUp);
-    process.start(QStringLiteral(LOMIR_BINARY), arguments);
-    if (!process.waitForFinished(timeoutMs))
-        return {};
-    if (process.exitStatus() != QProcess::NormalExit)
-        return {-1, process.readAllStandardOutput(), process.readAllStandardError()};
-    return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
-}
 
 // A build with AddressSanitizer reserves terabytes of address space at start.
 #if defined(__SANITIZE_ADDRESS__)
@@ -102,15 +85,6 @@ Run runLomirWithoutRootPrivileges(const QStringList& arguments)
         if (::setgid(kNobody) != 0 || ::setuid(kNobody) != 0)
             ::_exit(127);
     });
-}
-
-// The error output of a failed command: one line, without the line break.
-QString oneLine(const Run& run)
-{
-    const QString message = QString::fromUtf8(run.err);
-    return message.count(QLatin1Char('\n')) == 1 && message.endsWith(QLatin1Char('\n'))
-               ? message.chopped(1)
-               : QStringLiteral("not one line: ") + message;
 }
 
 } // namespace

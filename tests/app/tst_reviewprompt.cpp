@@ -5,6 +5,8 @@
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QUrl>
+#include <QUrlQuery>
 #include <limits>
 #include <memory>
 
@@ -238,6 +240,29 @@ private Q_SLOTS:
                                    QStringLiteral("Debian GNU/Linux 12 (bookworm)")),
                  QStringList({QStringLiteral("App Version: 1.4 (Build 27)"),
                               QStringLiteral("OS Version: Debian GNU/Linux 12 (bookworm)")}));
+    }
+
+    void feedbackMailUrl()
+    {
+        const QUrl url = lomir::feedbackMailUrl(
+            QStringLiteral("support@example.com"),
+            {QStringLiteral("App Version: 1.4 (Build 27)"),
+             QStringLiteral("OS Version: Debian GNU/Linux 12 (bookworm) & more+")});
+        QCOMPARE(url.scheme(), QStringLiteral("mailto"));
+        QCOMPARE(url.path(), QStringLiteral("support@example.com"));
+        const QUrlQuery query(url);
+        // An empty subject, and the two items as the body's two lines.
+        QVERIFY(query.hasQueryItem(QStringLiteral("subject")));
+        QCOMPARE(query.queryItemValue(QStringLiteral("subject"), QUrl::FullyDecoded), QString());
+        QCOMPARE(query.queryItemValue(QStringLiteral("body"), QUrl::FullyDecoded),
+                 QStringLiteral("App Version: 1.4 (Build 27)\n"
+                                "OS Version: Debian GNU/Linux 12 (bookworm) & more+"));
+        // Mail programs read the encoded form: the line break, spaces, "&" and "+" are
+        // escaped so that none is taken for a separator.
+        const QByteArray encoded = url.toEncoded();
+        QVERIFY2(encoded.contains("?subject=&body=") && encoded.contains("%0A") &&
+                     !encoded.contains(' ') && encoded.contains("%26%20more%2B"),
+                 encoded.constData());
     }
 
     void overflowStops_data()
