@@ -33,23 +33,23 @@ RichText inArial(const QString& text, double pointSize)
 
 // The face that a font resolves to, at its design size: one pixel per font unit, so its
 // metrics are the font's own numbers, independent of any layout.
-QRawFont designFont(const FontSpec& spec)
+QRawFont designFont(const FontSpec& fontSpec)
 {
-    QRawFont raw = QRawFont::fromFont(lomir::toQFont(spec));
+    QRawFont raw = QRawFont::fromFont(lomir::toQFont(fontSpec));
     raw.setPixelSize(raw.unitsPerEm());
     return raw;
 }
 
 // The width of a string from the font's advance widths, in points.
-double advanceWidth(const FontSpec& spec, const QString& text)
+double advanceWidth(const FontSpec& fontSpec, const QString& text)
 {
-    const QRawFont raw = designFont(spec);
+    const QRawFont raw = designFont(fontSpec);
     const QList<QPointF> advances =
         raw.advancesForGlyphIndexes(raw.glyphIndexesForString(text), QRawFont::UseDesignMetrics);
     double width = 0.0;
     for (const QPointF& advance : advances)
         width += advance.x();
-    return width * spec.pointSize / raw.unitsPerEm();
+    return width * fontSpec.pointSize / raw.unitsPerEm();
 }
 
 // The face as the measurement lays it out for type up to largestSize points: the font
@@ -65,11 +65,11 @@ struct LayoutFace
     double toPoints(qreal pixels) const { return double(pixels) / pixelsPerPoint; }
 };
 
-LayoutFace layoutFace(const FontSpec& spec, double largestSize)
+LayoutFace layoutFace(const FontSpec& fontSpec, double largestSize)
 {
     const double pixelsPerPoint = lomir::layoutDpi(largestSize) / 72.0;
-    QFont font = lomir::toQFont(spec);
-    font.setPixelSize(int(std::lround(spec.pointSize * pixelsPerPoint)));
+    QFont font = lomir::toQFont(fontSpec);
+    font.setPixelSize(int(std::lround(fontSpec.pointSize * pixelsPerPoint)));
     font.setHintingPreference(QFont::PreferNoHinting);
     return {QRawFont::fromFont(font), pixelsPerPoint};
 }
@@ -78,9 +78,9 @@ LayoutFace layoutFace(const FontSpec& spec, double largestSize)
 // negative; the font engine reports a negative leading for some faces at some sizes (Nimbus
 // Sans at 9.5 points), from rounding ascent, descent and line height to whole pixels each,
 // and a line leaves it out.
-double lineHeight(const FontSpec& spec, double largestSize)
+double lineHeight(const FontSpec& fontSpec, double largestSize)
 {
-    const LayoutFace face = layoutFace(spec, largestSize);
+    const LayoutFace face = layoutFace(fontSpec, largestSize);
     return face.toPoints(face.raw.ascent() + face.raw.descent() +
                          std::max(qreal(0), face.raw.leading()));
 }
