@@ -115,6 +115,74 @@
         <source>Cannot write “%1”: %2.</source>
         <translation>Cannot write “%1”: %2.</translation>
     </message>
+    <message>
+        <source>the disk is full</source>
+        <translation>the disk is full</translation>
+    </message>
+    <message>
+        <source>the disk quota is used up</source>
+        <translation>the disk quota is used up</translation>
+    </message>
+    <message>
+        <source>permission denied</source>
+        <translation>permission denied</translation>
+    </message>
+    <message>
+        <source>the disk is read-only</source>
+        <translation>the disk is read-only</translation>
+    </message>
+    <message>
+        <source>there is no such file</source>
+        <translation>there is no such file</translation>
+    </message>
+    <message>
+        <source>the folder “%1” does not exist</source>
+        <translation>the folder “%1” does not exist</translation>
+    </message>
+    <message>
+        <source>part of its path is not a folder</source>
+        <translation>part of its path is not a folder</translation>
+    </message>
+    <message>
+        <source>it is a folder, not a file</source>
+        <translation>it is a folder, not a file</translation>
+    </message>
+    <message>
+        <source>its path has too many symbolic links</source>
+        <translation>its path has too many symbolic links</translation>
+    </message>
+    <message>
+        <source>its name is too long</source>
+        <translation>its name is too long</translation>
+    </message>
+    <message>
+        <source>it is too large for the disk</source>
+        <translation>it is too large for the disk</translation>
+    </message>
+    <message>
+        <source>the disk could not be read or written</source>
+        <translation>the disk could not be read or written</translation>
+    </message>
+    <message>
+        <source>too many files are open</source>
+        <translation>too many files are open</translation>
+    </message>
+    <message>
+        <source>it is a pipe, not a file</source>
+        <translation>it is a pipe, not a file</translation>
+    </message>
+    <message>
+        <source>it is a socket, not a file</source>
+        <translation>it is a socket, not a file</translation>
+    </message>
+    <message>
+        <source>it is a device, not a file</source>
+        <translation>it is a device, not a file</translation>
+    </message>
+    <message>
+        <source>it is larger than %1, the largest file Lomir opens</source>
+        <translation>it is larger than %1, the largest file Lomir opens</translation>
+    </message>
 </context>
 <context>
     <name>DocumentFormats</name>
@@ -125,6 +193,32 @@
     <message>
         <source>The file is not UTF-8 text.</source>
         <translation>The file is not UTF-8 text.</translation>
+    </message>
+    <message>
+        <source>The label’s text has %1 characters, more than the %2 a label can hold.</source>
+        <translation>The label’s text has %1 characters, more than the %2 a label can hold.</translation>
+    </message>
+    <message>
+        <source>The document would take more than %1, the largest file Lomir opens.</source>
+        <translation>The document would take more than %1, the largest file Lomir opens.</translation>
+    </message>
+</context>
+<context>
+    <name>DocumentLimits</name>
+    <message>
+        <source>%1 MB</source>
+        <translation>%1 MB</translation>
+    </message>
+</context>
+<context>
+    <name>KeyedArchive</name>
+    <message>
+        <source>The archive is damaged: %1.</source>
+        <translation>The archive is damaged: %1.</translation>
+    </message>
+    <message>
+        <source>The archive holds an object of class “%1”, which Lomir cannot read.</source>
+        <translation>The archive holds an object of class “%1”, which Lomir cannot read.</translation>
     </message>
 </context>
 <context>
@@ -162,10 +256,6 @@
 </context>
 <context>
     <name>RecoveryFolder</name>
-    <message>
-        <source>Cannot write “%1”: %2.</source>
-        <translation>Cannot write “%1”: %2.</translation>
-    </message>
     <message>
         <source>Cannot make the folder “%1”.</source>
         <translation>Cannot make the folder “%1”.</translation>

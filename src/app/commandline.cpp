@@ -5,8 +5,10 @@
 #include "document/documentformats.h"
 
 #include <QCoreApplication>
+#include <QStringDecoder>
 #include <QTextStream>
 #include <nlohmann/json.hpp>
+#include <unordered_map>
 
 namespace lomir {
 
@@ -72,40 +74,6 @@ const char* alignmentName(const std::optional<ParagraphStyle>& paragraph)
     return "natural";
 }
 
-OrderedJson labelTextJson(const RichText& text)
-{
-    OrderedJson runs = OrderedJson::array();
-    for (const AttributeRun& run : text.runs()) {
-        const TextAttributes& attributes = run.attributes;
-        OrderedJson entry;
-        entry["location"] = run.location;
-        entry["length"] = run.length;
-        if (attributes.font) {
-            entry["font"] = attributes.font->postScriptName.isEmpty()
-                                ? OrderedJson(nullptr)
-                                : OrderedJson(utf8(attributes.font->postScriptName));
-            entry["family"] = utf8(attributes.font->family);
-            entry["size"] = attributes.font->pointSize;
-        } else {
-            entry["font"] = nullptr;
-            entry["family"] = nullptr;
-            entry["size"] = nullptr;
-        }
-        entry["bold"] = attributes.font && attributes.font->bold;
-        entry["italic"] = attributes.font && attributes.font->italic;
-        entry["underline"] = lineStyleNumber(attributes.underline);
-        entry["strikethrough"] = lineStyleNumber(attributes.strikethrough);
-        entry["foreground"] = colourJson(attributes.foreground);
-        entry["background"] = colourJson(attributes.background);
-        entry["alignment"] = alignmentName(attributes.paragraph);
-        runs.push_back(std::move(entry));
-    }
-    OrderedJson result;
-    result["string"] = utf8(text.string());
-    result["runs"] = std::move(runs);
-    return result;
-}
-
 template <typename T> OrderedJson optionalJson(const std::optional<T>& value)
 {
     if (!value)
@@ -116,22 +84,145 @@ template <typename T> OrderedJson optionalJson(const std::optional<T>& value)
         return *value;
 }
 
-OrderedJson inspectJson(const QString& type, const Content& record)
+// Prints the inspect output as it goes, in the very text that nlohmann's dump(2) gives
+// for the whole object, so that a label of millions of runs needs no tree of millions of
+// objects. Each value is printed by the library; only the layout is written here.
+class InspectPrinter
 {
-    OrderedJson result;
-    result["type"] = utf8(type);
-    result["labelText"] = labelTextJson(record.labelText.nsAttributedString());
-    result["quantity"] = utf8(record.quantity);
-    result["serialStartFrom"] = optionalJson(record.serialStartFrom);
-    result["width"] = utf8(record.width);
-    result["height"] = utf8(record.height);
-    result["dimensions"] = record.dimensions;
-    result["metric"] = record.metric;
-    result["magnification"] = record.magnification;
-    result["outputSpacing"] = record.outputSpacing;
-    result["frameWidth"] = optionalJson(record.frameWidth);
-    result["frameHeight"] = optionalJson(record.frameHeight);
-    return result;
+public:
+    explicit InspectPrinter(QTextStream& out) : m_out(out) {}
+
+    // "key": value on a line of its own, indented for its depth; the members of an
+    // object are separated by commas.
+    void member(int depth, const char* key, const OrderedJson& value, bool first = false)
+    {
+        m_text += first ? "\n" : ",\n";
+        m_text.append(std::size_t(depth * kIndent), ' ');
+        m_text += OrderedJson(key).dump();
+        m_text += ": ";
+        literal(value.dump());
+    }
+
+    void literal(std::string_view text)
+    {
+        if (text.size() >= kChunkSize) {
+            // A long text (the label's string) goes out without another copy.
+            flush();
+            write(text);
+            return;
+        }
+        m_text += text;
+        if (m_text.size() >= kChunkSize)
+            flush();
+    }
+
+    // The members of a run after its place: the same for every run of one attribute
+    // set, so they are printed once for each set (a text keeps equal sets as one).
+    void runAttributes(const TextAttributes& attributes)
+    {
+        const auto [printed, added] = m_printedSets.try_emplace(&attributes);
+        if (added) {
+            std::swap(m_text, printed->second);
+            printAttributes(attributes);
+            std::swap(m_text, printed->second);
+        }
+        literal(printed->second);
+    }
+
+    void finish()
+    {
+        flush();
+        m_out.flush();
+    }
+
+private:
+    static constexpr int kIndent = 2;
+    static constexpr int kRunDepth = 4;
+    static constexpr std::size_t kChunkSize = 64 * 1024;
+
+    void printAttributes(const TextAttributes& attributes)
+    {
+        if (attributes.font) {
+            member(kRunDepth, "font",
+                   attributes.font->postScriptName.isEmpty()
+                       ? OrderedJson(nullptr)
+                       : OrderedJson(utf8(attributes.font->postScriptName)));
+            member(kRunDepth, "family", utf8(attributes.font->family));
+            member(kRunDepth, "size", attributes.font->pointSize);
+        } else {
+            member(kRunDepth, "font", nullptr);
+            member(kRunDepth, "family", nullptr);
+            member(kRunDepth, "size", nullptr);
+        }
+        member(kRunDepth, "bold", attributes.font && attributes.font->bold);
+        member(kRunDepth, "italic", attributes.font && attributes.font->italic);
+        member(kRunDepth, "underline", lineStyleNumber(attributes.underline));
+        member(kRunDepth, "strikethrough", lineStyleNumber(attributes.strikethrough));
+        member(kRunDepth, "foreground", colourJson(attributes.foreground));
+        member(kRunDepth, "background", colourJson(attributes.background));
+        member(kRunDepth, "alignment", alignmentName(attributes.paragraph));
+    }
+
+    void flush()
+    {
+        write(m_text);
+        m_text.clear();
+    }
+
+    // In chunks, so that the stream never holds much; the decoder keeps a character that
+    // a chunk boundary splits for the next chunk.
+    void write(std::string_view bytes)
+    {
+        for (std::size_t done = 0; done < bytes.size(); done += kChunkSize) {
+            const std::string_view chunk = bytes.substr(done, kChunkSize);
+            m_out << m_decoder(QByteArrayView(chunk.data(), qsizetype(chunk.size())));
+        }
+    }
+
+    QTextStream& m_out;
+    QStringDecoder m_decoder{QStringDecoder::Utf8};
+    std::string m_text;
+    std::unordered_map<const TextAttributes*, std::string> m_printedSets;
+};
+
+void printInspectOutput(const QString& type, const Content& record, QTextStream& out)
+{
+    InspectPrinter printer(out);
+    const RichText& text = record.labelText.nsAttributedString();
+    printer.literal("{");
+    printer.member(1, "type", utf8(type), true);
+    printer.literal(",\n  \"labelText\": {");
+    printer.member(2, "string", utf8(text.string()), true);
+    printer.literal(",\n    \"runs\": ");
+    const RichText::Runs runs = text.runs();
+    if (runs.empty()) {
+        printer.literal("[]");
+    } else {
+        printer.literal("[");
+        bool first = true;
+        for (const AttributeRun& run : runs) {
+            printer.literal(first ? "\n      {" : ",\n      {");
+            first = false;
+            printer.member(4, "location", run.location, true);
+            printer.member(4, "length", run.length);
+            printer.runAttributes(run.attributes);
+            printer.literal("\n      }");
+        }
+        printer.literal("\n    ]");
+    }
+    printer.literal("\n  }");
+    printer.member(1, "quantity", utf8(record.quantity));
+    printer.member(1, "serialStartFrom", optionalJson(record.serialStartFrom));
+    printer.member(1, "width", utf8(record.width));
+    printer.member(1, "height", utf8(record.height));
+    printer.member(1, "dimensions", record.dimensions);
+    printer.member(1, "metric", record.metric);
+    printer.member(1, "magnification", record.magnification);
+    printer.member(1, "outputSpacing", record.outputSpacing);
+    printer.member(1, "frameWidth", optionalJson(record.frameWidth));
+    printer.member(1, "frameHeight", optionalJson(record.frameHeight));
+    printer.literal("\n}\n");
+    printer.finish();
 }
 
 // The type of a file named on the command line, or a usage error naming it.
@@ -180,7 +271,7 @@ int inspect(const QString& path, QTextStream& out, QTextStream& err)
         err << record.error().message << '\n';
         return kExitFailure;
     }
-    out << QString::fromStdString(inspectJson(*type, *record).dump(2)) << '\n';
+    printInspectOutput(*type, *record, out);
     return kExitSuccess;
 }
 

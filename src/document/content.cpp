@@ -26,16 +26,15 @@ Error corruptValue(const QString& key, const QString& description)
 
 // Standard base64 only: the 64 letters, and "=" padding to a multiple of four.
 // Anything else, line breaks and blanks included, makes the text unreadable.
-bool isStrictBase64(const QString& text)
+bool isStrictBase64(QByteArrayView text)
 {
     if (text.size() % 4 != 0)
         return false;
     qsizetype padding = 0;
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        const char16_t c = text[i].unicode();
-        const bool letter = (c >= u'A' && c <= u'Z') || (c >= u'a' && c <= u'z') ||
-                            (c >= u'0' && c <= u'9') || c == u'+' || c == u'/';
-        if (c == u'=') {
+    for (const char c : text) {
+        const bool letter = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
+                            (c >= '0' && c <= '9') || c == '+' || c == '/';
+        if (c == '=') {
             ++padding;
         } else if (!letter || padding > 0) {
             return false;
@@ -273,9 +272,16 @@ QString AttributedString::encode() const
 
 Result<AttributedString> AttributedString::decode(const QString& base64, const QString& key)
 {
+    // A character outside Latin-1 becomes "?", which is not base64 either.
+    return decode(QByteArrayView(base64.toLatin1()), key);
+}
+
+Result<AttributedString> AttributedString::decode(QByteArrayView base64, const QString& key)
+{
     if (!isStrictBase64(base64))
         return corruptValue(key, QString(kNotBase64Description));
-    const QByteArray archive = QByteArray::fromBase64(base64.toLatin1());
+    const QByteArray archive =
+        QByteArray::fromBase64(QByteArray::fromRawData(base64.data(), base64.size()));
     Result<RichText> text = unarchiveRichText(archive);
     if (!text) {
         if (text.error().code == kArchiveRootNotAttributedString)
@@ -343,7 +349,21 @@ Result<QByteArray> Content::encode() const
 
 Result<Content> Content::decode(const QByteArray& json)
 {
-    const Json document = Json::parse(json.begin(), json.end(), nullptr, false);
+    // Only the record's own members are kept; what is nested in a member (no member of
+    // the record holds anything) and the items of a list are read but not stored, so
+    // that no document takes much more memory than its text.
+    bool rootIsList = false;
+    const auto keep = [&rootIsList](int depth, Json::parse_event_t event, const Json& parsed) {
+        if (depth == 0) {
+            rootIsList = rootIsList || event == Json::parse_event_t::array_start;
+            return true;
+        }
+        if (depth > 1 || rootIsList)
+            return false;
+        return event != Json::parse_event_t::key ||
+               codingKeys().contains(QString::fromStdString(parsed.get<std::string>()));
+    };
+    const Json document = Json::parse(json.begin(), json.end(), keep, false);
     if (document.is_discarded())
         return decodingError(kDecodingCorrupt,
                              QStringLiteral("The document is not valid JSON; it may be damaged "
@@ -357,10 +377,15 @@ Result<Content> Content::decode(const QByteArray& json)
     const RecordReader reader(document);
     Content content;
 
-    const Result<QString> labelText = reader.requiredString(kLabelTextKey);
+    // By far the largest value: decoded where the parser left it, not copied first.
+    const Result<const Json*> labelText = reader.required(kLabelTextKey, QStringLiteral("text"));
     if (!labelText)
         return labelText.error();
-    Result<AttributedString> text = AttributedString::decode(*labelText, QString(kLabelTextKey));
+    if (!(*labelText)->is_string())
+        return RecordReader::mismatch(kLabelTextKey, QStringLiteral("text"), **labelText);
+    const std::string& base64 = (*labelText)->get_ref<const std::string&>();
+    Result<AttributedString> text = AttributedString::decode(
+        QByteArrayView(base64.data(), qsizetype(base64.size())), QString(kLabelTextKey));
     if (!text)
         return text.error();
     content.labelText = std::move(text).value();

@@ -32,6 +32,7 @@ public:
     // Strict base64 of an archive of an attributed string. Errors name the key the
     // string was read from.
     static Result<AttributedString> decode(const QString& base64, const QString& key);
+    static Result<AttributedString> decode(QByteArrayView base64, const QString& key);
 
 private:
     std::shared_ptr<const RichText> m_text;

@@ -3,6 +3,7 @@
 #include "document/documentformats.h"
 #include "document/documentlimits.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
@@ -17,6 +18,12 @@ namespace lomir {
 
 namespace {
 
+// The translation context of the sentences below.
+struct DocumentFile
+{
+    Q_DECLARE_TR_FUNCTIONS(DocumentFile)
+};
+
 // Which of the two a sentence is about.
 enum class Access
 {
@@ -26,8 +33,8 @@ enum class Access
 
 QString sentence(Access access, const QString& path, const QString& reason)
 {
-    return (access == Access::Read ? QStringLiteral("Cannot open “%1”: %2.")
-                                   : QStringLiteral("Cannot write “%1”: %2."))
+    return (access == Access::Read ? DocumentFile::tr("Cannot open “%1”: %2.")
+                                   : DocumentFile::tr("Cannot write “%1”: %2."))
         .arg(path, reason);
 }
 
@@ -36,36 +43,36 @@ QString systemReason(Access access, int error, const QString& path)
 {
     switch (error) {
     case ENOSPC:
-        return QStringLiteral("the disk is full");
+        return DocumentFile::tr("the disk is full");
     case EDQUOT:
-        return QStringLiteral("the disk quota is used up");
+        return DocumentFile::tr("the disk quota is used up");
     case EACCES:
     case EPERM:
-        return QStringLiteral("permission denied");
+        return DocumentFile::tr("permission denied");
     case EROFS:
-        return QStringLiteral("the disk is read-only");
+        return DocumentFile::tr("the disk is read-only");
     case ENOENT: {
         // A file that is written is made if it is missing: then its folder is.
         const QString folder = QFileInfo(path).path();
         if (access == Access::Read && QFileInfo(folder).isDir())
-            return QStringLiteral("there is no such file");
-        return QStringLiteral("the folder “%1” does not exist").arg(folder);
+            return DocumentFile::tr("there is no such file");
+        return DocumentFile::tr("the folder “%1” does not exist").arg(folder);
     }
     case ENOTDIR:
-        return QStringLiteral("part of its path is not a folder");
+        return DocumentFile::tr("part of its path is not a folder");
     case EISDIR:
-        return QStringLiteral("it is a folder, not a file");
+        return DocumentFile::tr("it is a folder, not a file");
     case ELOOP:
-        return QStringLiteral("its path has too many symbolic links");
+        return DocumentFile::tr("its path has too many symbolic links");
     case ENAMETOOLONG:
-        return QStringLiteral("its name is too long");
+        return DocumentFile::tr("its name is too long");
     case EFBIG:
-        return QStringLiteral("it is too large for the disk");
+        return DocumentFile::tr("it is too large for the disk");
     case EIO:
-        return QStringLiteral("the disk could not be read or written");
+        return DocumentFile::tr("the disk could not be read or written");
     case EMFILE:
     case ENFILE:
-        return QStringLiteral("too many files are open");
+        return DocumentFile::tr("too many files are open");
     default: {
         QString text = QString::fromStdString(std::generic_category().message(error));
         if (!text.isEmpty())
@@ -86,12 +93,12 @@ Error systemError(Access access, int error, const QString& path)
 QString kindOfNonRegularFile(mode_t mode)
 {
     if (S_ISDIR(mode))
-        return QStringLiteral("it is a folder, not a file");
+        return DocumentFile::tr("it is a folder, not a file");
     if (S_ISFIFO(mode))
-        return QStringLiteral("it is a pipe, not a file");
+        return DocumentFile::tr("it is a pipe, not a file");
     if (S_ISSOCK(mode))
-        return QStringLiteral("it is a socket, not a file");
-    return QStringLiteral("it is a device, not a file");
+        return DocumentFile::tr("it is a socket, not a file");
+    return DocumentFile::tr("it is a device, not a file");
 }
 
 // A failure of QSaveFile: the operating system's reason when errno holds one, else
@@ -113,7 +120,7 @@ Error fileTooLarge(const QString& path)
 {
     return Error{QString(kFileErrorDomain), kFileTooLarge,
                  sentence(Access::Read, path,
-                          QStringLiteral("it is larger than %1, the largest file Lomir opens")
+                          DocumentFile::tr("it is larger than %1, the largest file Lomir opens")
                               .arg(largestFileText()))};
 }
 
@@ -201,7 +208,7 @@ Result<Content> readLabelFile(const QString& path, const QString& typeName)
     const Status read = readFromData(*data, typeName, record);
     if (!read)
         return Error{read.error().domain, read.error().code,
-                     QStringLiteral("Cannot read “%1”: %2").arg(path, read.error().message)};
+                     DocumentFile::tr("Cannot read “%1”: %2").arg(path, read.error().message)};
     return record;
 }
 
@@ -249,7 +256,7 @@ Status writeLabelFile(const QString& path, const Content& record, const QString&
     const Result<QByteArray> data = dataOfType(record, typeName);
     if (!data)
         return Error{data.error().domain, data.error().code,
-                     QStringLiteral("Cannot write “%1”: %2").arg(path, data.error().message)};
+                     DocumentFile::tr("Cannot write “%1”: %2").arg(path, data.error().message)};
     return writeRegularFile(path, *data);
 }
 

@@ -40,8 +40,8 @@ Status checkTextLength(qsizetype length)
     if (length <= kMaxLabelTextLength)
         return Done{};
     return Error{QString(kFileErrorDomain), kLabelTextTooLong,
-                 QStringLiteral("The label’s text has %1 characters, more than the %2 a label "
-                                "can hold.")
+                 DocumentFormats::tr("The label’s text has %1 characters, more than the %2 a label "
+                                     "can hold.")
                      .arg(QLocale().toString(length), QLocale().toString(kMaxLabelTextLength))};
 }
 
@@ -67,8 +67,8 @@ Result<QByteArray> dataOfType(const Content& record, const QString& typeName)
     // Lomir never writes a file it would refuse to open.
     if (data && data->size() > kMaxDocumentFileSize)
         return Error{QString(kFileErrorDomain), kFileTooLarge,
-                     QStringLiteral("The document would take more than %1, the largest file "
-                                    "Lomir opens.")
+                     DocumentFormats::tr("The document would take more than %1, the largest file "
+                                         "Lomir opens.")
                          .arg(largestFileText())};
     return data;
 }

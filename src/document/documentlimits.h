@@ -2,6 +2,7 @@
 
 #include "base/errors.h"
 
+#include <QCoreApplication>
 #include <QString>
 #include <QtGlobal>
 
@@ -20,7 +21,8 @@ static_assert(kMaxDocumentFileSize % (1024 * 1024) == 0, "said to users in whole
 // The largest file as a user reads it: "16 MB".
 inline QString largestFileText()
 {
-    return QStringLiteral("%1 MB").arg(kMaxDocumentFileSize / (1024 * 1024));
+    return QCoreApplication::translate("DocumentLimits", "%1 MB")
+        .arg(kMaxDocumentFileSize / (1024 * 1024));
 }
 
 // The largest keyed archive of a label text. The own type stores the archive as

@@ -2,6 +2,7 @@
 
 #include "base/errors.h"
 #include "document/document.h"
+#include "document/documentfile.h"
 #include "document/documentformats.h"
 
 #include <QCoreApplication>
@@ -10,7 +11,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLockFile>
-#include <QSaveFile>
 #include <QUuid>
 
 namespace lomir {
@@ -37,13 +37,10 @@ std::unique_ptr<QLockFile> sessionLock(const QString& path)
     return lock;
 }
 
-Status writeWhole(const QString& path, const QByteArray& data)
+// The folder that cannot be made or locked, as the sentence that says so.
+Error folderUnavailable(const QString& sentence, const QString& folder)
 {
-    QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && file.write(data) == data.size() && file.commit())
-        return Done{};
-    return Error{QString(kFileErrorDomain), int(file.error()),
-                 RecoveryTexts::tr("Cannot write “%1”: %2.").arg(path, file.errorString())};
+    return Error{QString(kFileErrorDomain), kFolderUnavailable, sentence.arg(folder)};
 }
 
 } // namespace
@@ -80,17 +77,14 @@ Status RecoveryFolder::openSession()
     if (m_lock)
         return Done{};
     if (!QDir().mkpath(m_root))
-        return Error{QString(kFileErrorDomain), int(QFileDevice::WriteError),
-                     RecoveryTexts::tr("Cannot make the folder “%1”.").arg(m_root)};
+        return folderUnavailable(RecoveryTexts::tr("Cannot make the folder “%1”."), m_root);
     const QString session = QUuid::createUuid().toString(QUuid::WithoutBraces);
     std::unique_ptr<QLockFile> lock = sessionLock(m_root + u'/' + session + kLockSuffix);
     if (!lock->tryLock(0))
-        return Error{QString(kFileErrorDomain), int(QFileDevice::WriteError),
-                     RecoveryTexts::tr("Cannot lock the folder “%1”.").arg(m_root)};
+        return folderUnavailable(RecoveryTexts::tr("Cannot lock the folder “%1”."), m_root);
     if (!QDir(m_root).mkdir(session))
-        return Error{
-            QString(kFileErrorDomain), int(QFileDevice::WriteError),
-            RecoveryTexts::tr("Cannot make the folder “%1”.").arg(m_root + u'/' + session)};
+        return folderUnavailable(RecoveryTexts::tr("Cannot make the folder “%1”."),
+                                 m_root + u'/' + session);
     m_session = session;
     m_lock = std::move(lock);
     return Done{};
@@ -108,8 +102,8 @@ Status RecoveryFolder::write(const QString& key, const Document& document)
     QJsonObject place;
     place.insert(kFilePathKey, document.filePath());
     place.insert(kFileTypeKey, document.fileType());
-    return writeWhole(sessionPath() + u'/' + key + kPlaceSuffix,
-                      QJsonDocument(place).toJson(QJsonDocument::Compact));
+    return writeRegularFile(sessionPath() + u'/' + key + kPlaceSuffix,
+                            QJsonDocument(place).toJson(QJsonDocument::Compact));
 }
 
 void RecoveryFolder::remove(const QString& key)

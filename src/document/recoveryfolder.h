@@ -42,8 +42,9 @@ public:
     // A key no copy of this session uses yet.
     QString newKey();
 
-    // Writes the document's current record and where it belongs under the key, through
-    // QSaveFile; a copy already there is replaced whole or not at all.
+    // Writes the document's current record and where it belongs under the key, each
+    // through writeRegularFile; a copy already there is replaced whole or not at all.
+    // Failures are those of document files, or kFolderUnavailable for the folder.
     [[nodiscard]] Status write(const QString& key, const Document& document);
     // Removes the copy under the key, if there is one.
     void remove(const QString& key);

@@ -134,8 +134,8 @@ QAction* checkableAction(const QIcon& icon, const QString& text, const QKeySeque
     return action;
 }
 
-// What a format shows of its font and colour, the text system's defaults where it has
-// none of its own.
+// What a format shows of its font and colour: the label's default font (defaultFont())
+// where it has none of its own, as the run is measured and printed.
 QString familyOf(const QTextCharFormat& format)
 {
     const QStringList families = format.fontFamilies().toStringList();

@@ -162,8 +162,9 @@ void LabelTextView::setUniformFontSize(double pointSize)
     {
         StorageEdit storage(*this);
         ::lomir::setUniformFontSize(*document(), pointSize);
-        // Runs without a font of their own stay in the text system's default font, as
-        // they are measured and printed; new typing follows the text view's font.
+        // Runs without a font of their own stay in the label's default font
+        // (defaultFont()), as they are measured and printed; new typing follows the
+        // text view's font.
         QFont unsized = document()->defaultFont();
         unsized.setPointSizeF(defaultFont().pointSize);
         document()->setDefaultFont(unsized);

@@ -18,10 +18,10 @@ namespace lomir {
 // scales the layout units back to points, and the view scales points for the screen.
 //
 // Two kinds of change are told apart, as the label's rules need. Edits go through the
-// text system: typing, pasting, undo and redo, formatting and the editor's own
-// insertText(); they are undoable and reported by textDidChange() once the edit is
-// complete. Storage changes (loading, restoring a refused edit, trimming, forcing one
-// font size) replace the document's content directly and report nothing.
+// item's QTextDocument and its undo stack: typing, pasting, undo and redo, formatting
+// and the editor's own insertText(); they are undoable and reported by textDidChange()
+// once the edit is complete. Storage changes (loading, restoring a refused edit, trimming, forcing
+// one font size) replace the document's content directly and report nothing.
 class LabelTextView final : public QGraphicsTextItem
 {
     Q_OBJECT
@@ -98,7 +98,7 @@ public:
     static RichText textFromMimeData(const QMimeData& mimeData, const TextAttributes& typing);
 
 Q_SIGNALS:
-    // An edit through the text system has completed.
+    // An undoable edit of the text has completed.
     void textDidChange();
     // The format new typing takes has changed (the caret moved into other text, or a
     // format was chosen with nothing selected).
@@ -111,7 +111,7 @@ protected:
     void contextMenuEvent(QGraphicsSceneContextMenuEvent* event) override;
 
 private:
-    // Marks an edit through the text system; the outermost one reports the change.
+    // Marks an undoable edit of the text; the outermost one reports the change.
     class EditScope;
     // Marks a change of storage, which is not reported.
     class StorageEdit;

@@ -12,7 +12,8 @@ namespace lomir {
 // when it is printed.
 inline constexpr int kLayoutDpi = 7200;
 
-// The text system's default tab stops: every 28 points.
+// The tab stops of a paragraph that sets none: every 28 points, where the programs that
+// write the RTF and archives Lomir opens put them, so that a tab lands where it did there.
 inline constexpr double kDefaultTabInterval = 28.0;
 
 // The resolution for a text whose largest type is largestPointSize: 7200 dpi, or less

@@ -59,8 +59,8 @@ public:
                                             const FontSpec& emptyLineFont) const
     {
         QString characters = text.string().mid(location, length);
-        // The platform's text system also ends a line at a carriage return or a
-        // paragraph separator; Qt's layout breaks only at the line separator.
+        // A carriage return or a paragraph separator ends a line of the label as a line
+        // feed does; QTextLayout breaks only at the line separator, so they become one.
         for (QChar& character : characters) {
             if (character == kCarriageReturn || character == QChar::ParagraphSeparator)
                 character = QChar::LineSeparator;

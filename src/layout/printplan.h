@@ -95,7 +95,7 @@ PrintPlan fullPagePlanAfterResizing(const PrintPlan& plan, const RichText& resiz
                                     std::optional<qint64> sizeTag, const QSizeF& labelSize,
                                     double magnification);
 
-// The tiling view of a plan that fits, its properties set in the print job's order: the
+// The tiling view of a plan that fits, its properties set in this order: the
 // text, quantity, first number, digit count, cell, printable size, grid, the located
 // placeholder run and the spacing. A quantity below 1 stops the program in the grid.
 std::unique_ptr<TilingTextView> makeTilingTextView(const PrintPlan& plan);

@@ -76,7 +76,8 @@ std::optional<T> archivedObject(const QVariantMap& archive, const QString& key)
     return std::nullopt;
 }
 
-// Drawing reads these properties; the print job sets them all before it prints.
+// Drawing reads these properties; whoever prints sets them all first (see
+// makeTilingTextView()).
 template <typename T> T required(const std::optional<T>& property, std::string_view message)
 {
     if (!property)

@@ -15,22 +15,21 @@ class QPainter;
 
 namespace lomir {
 
-// The printable view of a print job: a frame one printable width wide and as many
-// printable heights tall as there are pages, its y axis pointing down. It is never shown;
-// the print job asks it to paint one page at a time onto whatever painter prints (a
-// printer, a PDF writer, a preview) and it draws that page's copies of the label in
-// their cells, each copy numbered.
+// The printable view of a print: a frame one printable width wide and as many printable
+// heights tall as there are pages, its y axis pointing down. It is never shown;
+// paintPage() and paintPages() (layout/printjob.h) have it draw one page at a time onto
+// whatever painter prints (a printer, a PDF writer, a preview), and it draws that page's
+// copies of the label in their cells, each copy numbered.
 //
-// Every property is empty until the print job sets it. Drawing a page with a property
-// it needs still empty is a programming error that stops the program.
+// Every property is empty until it is set (makeTilingTextView() in layout/printplan.h
+// sets them all). Drawing a page with a property it needs still empty is a programming
+// error that stops the program.
 class TilingTextView
 {
 public:
-    // A view with all properties empty; the print job sets them afterwards. A text view
-    // of the toolkit can also be made with a frame and a text container; this view lays
-    // out and draws its text itself and has no container, so that form is this one. The
-    // toolkit's plain initialiser, which such a view refuses, has no counterpart: there
-    // is no base class to make the view through, and no default constructor.
+    // A view with all properties empty, to be set afterwards. The view lays out and
+    // draws its text itself, so the frame is all it is made from; there is no default
+    // constructor, because a view without a frame has no pages to paint.
     explicit TilingTextView(const QRectF& frame);
     // A view restored from its archive keys. Integer keys always give a value (a missing
     // or non-numeric one gives 0, fractions are truncated); "text" is kept only if it

@@ -5,6 +5,7 @@
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
+#include <malloc.h>
 
 using namespace lomir;
 
@@ -62,6 +63,20 @@ RichText sampleText()
     text.append(QStringLiteral("last"), plainJustified);
     return text;
 }
+
+// Heap bytes handed out and not yet given back, by malloc and by mmap.
+std::size_t heapInUse()
+{
+    const struct mallinfo2 info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+}
+
+// Whether runs() can be asked of a text of this kind (an lvalue, or a temporary).
+template <typename Text>
+concept HandsOutRuns = requires(Text&& text)
+{
+    std::forward<Text>(text).runs();
+};
 
 } // namespace
 
@@ -153,6 +168,45 @@ private Q_SLOTS:
         QVERIFY(text.runs(9, 0).empty());
     }
 
+    void runAttributesAreTheTextsOwn()
+    {
+        // A run hands out the text's own attributes, not a copy that dies with the
+        // expression: a reference taken from it stays good while the text lives.
+        const RichText text = sampleText();
+        const TextAttributes& first = text.runs().front().attributes;
+        QCOMPARE(&first, &text.attributesAt(0));
+        const auto& last = text.runs().back();
+        QCOMPARE(&last.attributes, &text.attributesAt(text.length() - 1));
+        for (const auto& run : text.runs())
+            QCOMPARE(&run.attributes, &text.attributesAt(run.location));
+        for (const auto& run : text.runs(3, 20))
+            QCOMPARE(&run.attributes, &text.attributesAt(run.location));
+        // The runs of a temporary text would outlive it: asking for them does not compile.
+        static_assert(HandsOutRuns<const RichText&>);
+        static_assert(!HandsOutRuns<RichText>);
+    }
+
+    void manyRunsTakeLittleMemory()
+    {
+        // A run is a length and the index of its attribute set; the few distinct sets are
+        // stored once. 100000 runs alternating between two sets, one character each.
+        constexpr int runs = 100000;
+        const TextAttributes bold = boldAttributes();
+        const TextAttributes coloured = colouredAttributes();
+        const std::size_t before = heapInUse();
+        RichText text;
+        for (int run = 0; run < runs; ++run)
+            text.append(QString(QChar(u'a' + run % 26)), run % 2 == 0 ? bold : coloured);
+        const std::size_t used = heapInUse() - before;
+        QCOMPARE(text.runs().size(), std::size_t(runs));
+        // Two bytes a character and eight a run, each at most doubled by growth.
+        const std::size_t bound = std::size_t(runs) * (4 + 16) + 64 * 1024;
+        QVERIFY2(used <= bound, qPrintable(QStringLiteral("%1 bytes for %2 runs, more than %3")
+                                               .arg(used)
+                                               .arg(runs)
+                                               .arg(bound)));
+    }
+
     void midKeepsAttributes()
     {
         RichText text(QStringLiteral("aaa"), boldAttributes());
@@ -173,6 +227,34 @@ private Q_SLOTS:
         QCOMPARE(runs[1].length, 3);
         QCOMPARE(runs[1].attributes.underline, LineStyle::Single);
         QCOMPARE(runs[1].attributes.font, boldAttributes().font);
+    }
+
+    void modifyingEveryRunMergesSetsThatBecomeEqual()
+    {
+        // Changed over the whole text, the sets change where they are; two that become
+        // equal become one, and so do their runs.
+        TextAttributes underlined = boldAttributes();
+        underlined.underline = LineStyle::Single;
+        RichText text(QStringLiteral("ab"), boldAttributes());
+        text.append(QStringLiteral("cd"), underlined);
+        text.append(QStringLiteral("ef"), colouredAttributes());
+        text.modifyAttributes(0, text.length(), [](TextAttributes& attributes) {
+            attributes.underline = LineStyle::None;
+        });
+        RichText expected(QStringLiteral("abcd"), boldAttributes());
+        expected.append(QStringLiteral("ef"), colouredAttributes());
+        QCOMPARE(text, expected);
+        QCOMPARE(text.runs().size(), std::size_t(2));
+        // Changed over part of it, the same.
+        text.append(QStringLiteral("gh"), underlined);
+        text.modifyAttributes(4, 4, [](TextAttributes& attributes) {
+            attributes.foreground.reset();
+            attributes.underline = LineStyle::None;
+        });
+        RichText partly(QStringLiteral("abcd"), boldAttributes());
+        partly.append(QStringLiteral("ef"), TextAttributes{});
+        partly.append(QStringLiteral("gh"), boldAttributes());
+        QCOMPARE(text, partly);
     }
 
     void deleteLastCharacter_data()

@@ -1,25 +1,35 @@
 #pragma once
 
+#include "base/errors.h"
 #include "base/result.h"
-#include "document/keyedarchive/keyedarchive.h"
 
+#include <QCoreApplication>
 #include <QString>
 
 namespace lomir {
 
 // Errors of the keyed-archive reader, in the domain and with the codes that macOS's
-// unarchiver uses, each a whole sentence.
+// unarchiver uses, each a whole sentence in the user's language.
+
+// The translation context of the reader's sentences and of the details below.
+struct KeyedArchiveTexts
+{
+    Q_DECLARE_TR_FUNCTIONS(KeyedArchive)
+};
 
 // "The archive is damaged: <detail>." for anything that makes the archive unreadable.
+// The detail is already translated.
 inline Error archiveDamaged(const QString& detail)
 {
-    return Error{QStringLiteral("NSCocoaErrorDomain"), kArchiveReadCorruptError,
-                 QStringLiteral("The archive is damaged: %1.").arg(detail)};
+    return Error{QString(kCocoaErrorDomain), kArchiveReadCorruptError,
+                 KeyedArchiveTexts::tr("The archive is damaged: %1.").arg(detail)};
 }
 
+// The same for a fixed detail, which is translated here; callers mark it with
+// QT_TRANSLATE_NOOP("KeyedArchive", ...) so that it is offered for translation.
 inline Error archiveDamaged(const char* detail)
 {
-    return archiveDamaged(QString::fromLatin1(detail));
+    return archiveDamaged(KeyedArchiveTexts::tr(detail));
 }
 
 // For a well-formed archive that holds an object of a class the reader does not know,
@@ -28,9 +38,9 @@ inline Error archiveDamaged(const char* detail)
 // it cannot find with the same code.
 inline Error archiveHoldsUnreadableClass(const QString& className)
 {
-    return Error{QStringLiteral("NSCocoaErrorDomain"), kArchiveReadCorruptError,
-                 QStringLiteral("The archive holds an object of class \u201c%1\u201d, which "
-                                "Lomir cannot read.")
+    return Error{QString(kCocoaErrorDomain), kArchiveReadCorruptError,
+                 KeyedArchiveTexts::tr("The archive holds an object of class “%1”, "
+                                       "which Lomir cannot read.")
                      .arg(className)};
 }
 

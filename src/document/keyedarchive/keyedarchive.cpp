@@ -22,6 +22,7 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <unordered_map>
 #include <utility>
 
 namespace lomir {
@@ -82,10 +83,7 @@ double clampFraction(double value)
 class ArchiveWriter
 {
 public:
-    ArchiveWriter() : m_objects(plist_new_array())
-    {
-        plist_array_append_item(m_objects.get(), plist_new_string("$null"));
-    }
+    ArchiveWriter() { add(plist_new_string("$null")); }
 
     QByteArray archive(const RichText& text)
     {
@@ -94,28 +92,29 @@ public:
         plist_t object = newObject("NSAttributedString");
         plist_dict_set_item(object, "NSString", plist_new_uid(string(text.string())));
 
-        const std::vector<AttributeRun> runs = text.runs();
+        const RichText::Runs runs = text.runs();
         if (runs.size() == 1) {
             plist_dict_set_item(object, "NSAttributes",
                                 plist_new_uid(attributes(runs.front().attributes)));
         } else if (runs.size() > 1) {
             // The distinct dictionaries in order of first use, and the run table
-            // pointing into them.
-            std::vector<std::pair<const TextAttributes*, quint64>> distinct;
+            // pointing into them. A text keeps each distinct attribute set once, so the
+            // runs that share a set share its address.
+            std::unordered_map<const TextAttributes*, qint64> indexOf;
+            std::vector<quint64> distinct;
             std::vector<RunTableEntry> table;
+            table.reserve(runs.size());
             for (const AttributeRun& run : runs) {
-                const auto found =
-                    std::find_if(distinct.begin(), distinct.end(),
-                                 [&](const auto& entry) { return *entry.first == run.attributes; });
-                qint64 index = found - distinct.begin();
-                if (found == distinct.end())
-                    distinct.emplace_back(&run.attributes, attributes(run.attributes));
-                table.push_back({run.length, index});
+                const auto [found, added] =
+                    indexOf.try_emplace(&run.attributes, qint64(distinct.size()));
+                if (added)
+                    distinct.push_back(attributes(run.attributes));
+                table.push_back({run.length, found->second});
             }
             plist_t array = newObject("NSMutableArray");
             plist_t items = plist_new_array();
-            for (const auto& entry : distinct)
-                plist_array_append_item(items, plist_new_uid(entry.second));
+            for (const quint64 dictionary : distinct)
+                plist_array_append_item(items, plist_new_uid(dictionary));
             plist_dict_set_item(array, "NS.objects", items);
             plist_dict_set_item(object, "NSAttributes", plist_new_uid(add(array)));
 
@@ -138,24 +137,29 @@ private:
         plist_t topObjects = plist_new_dict();
         plist_dict_set_item(topObjects, "root", plist_new_uid(root));
         plist_dict_set_item(top.get(), "$top", topObjects);
-        plist_dict_set_item(top.get(), "$objects", m_objects.release());
+        plist_t objects = plist_new_array();
+        for (PlistPtr& object : m_objects) {
+            Q_ASSERT(object);
+            plist_array_append_item(objects, object.release());
+        }
+        plist_dict_set_item(top.get(), "$objects", objects);
         return binaryPropertyList(top.get());
     }
 
     quint64 add(plist_t node)
     {
-        const quint64 uid = plist_array_get_size(m_objects.get());
-        plist_array_append_item(m_objects.get(), node);
-        return uid;
+        m_objects.emplace_back(node);
+        return m_objects.size() - 1;
     }
 
     // Takes an index for an object whose contents are written after its children.
-    quint64 reserve() { return add(plist_new_bool(0)); }
-
-    void place(quint64 uid, plist_t node)
+    quint64 reserve()
     {
-        plist_array_set_item(m_objects.get(), node, uint32_t(uid));
+        m_objects.emplace_back();
+        return m_objects.size() - 1;
     }
+
+    void place(quint64 uid, plist_t node) { m_objects[uid].reset(node); }
 
     quint64 classDescription(const char* name)
     {
@@ -250,10 +254,10 @@ private:
     // the sRGB components, and for older readers the same colour in generic RGB.
     quint64 color(const Rgba& color)
     {
-        for (const auto& [known, uid] : m_colors) {
-            if (known == color)
-                return uid;
-        }
+        const quint32 key = quint32(color.red) << 24 | quint32(color.green) << 16 |
+                            quint32(color.blue) << 8 | color.alpha;
+        if (const auto known = m_colors.find(key); known != m_colors.end())
+            return known->second;
         const Rgb srgb = fractionsOf(color);
         const double alpha = color.alpha / 255.0;
         const Rgb generic = srgbToGenericRgb(srgb);
@@ -275,7 +279,7 @@ private:
                             plist_new_data(components.constData(), quint64(components.size())));
         plist_dict_set_item(object, "NSCustomColorSpace", plist_new_uid(colorSpace()));
         place(uid, object);
-        m_colors.emplace_back(color, uid);
+        m_colors.emplace(key, uid);
         return uid;
     }
 
@@ -312,12 +316,9 @@ private:
     }
 
     // An NSDictionary of attribute names and values; an empty one for no attributes.
+    // Called once for each distinct attribute set of the text.
     quint64 attributes(const TextAttributes& attributes)
     {
-        for (const auto& [known, uid] : m_dictionaries) {
-            if (known == attributes)
-                return uid;
-        }
         const quint64 uid = reserve();
         std::vector<std::pair<const char*, quint64>> entries;
         if (attributes.font)
@@ -343,18 +344,19 @@ private:
         plist_dict_set_item(object, "NS.keys", keys);
         plist_dict_set_item(object, "NS.objects", values);
         place(uid, object);
-        m_dictionaries.emplace_back(attributes, uid);
         return uid;
     }
 
-    PlistPtr m_objects;
+    // The object table, kept here until it is complete: libplist finds an item of an
+    // array by walking to it, so placing objects into its array one by one would take
+    // time that grows with the square of the table.
+    std::vector<PlistPtr> m_objects;
     std::map<QByteArray, quint64> m_classes;
     std::map<QByteArray, quint64> m_strings;
     std::map<qint64, quint64> m_integers;
     std::vector<std::pair<FontSpec, quint64>> m_fonts;
-    std::vector<std::pair<Rgba, quint64>> m_colors;
+    std::map<quint32, quint64> m_colors; // by red, green, blue and alpha in one number
     std::vector<std::pair<ParagraphStyle, quint64>> m_paragraphStyles;
-    std::vector<std::pair<TextAttributes, quint64>> m_dictionaries;
     quint64 m_colorSpace = kNullUid;
 };
 

@@ -28,9 +28,11 @@
 #include <QStringList>
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <map>
 #include <optional>
+#include <vector>
 
 namespace lomir {
 
@@ -244,13 +246,23 @@ Rgba namedColor(const QString& name)
     return Rgba{0, 0, 0, 255};
 }
 
-// Builds a text from runs that cover it in order.
-RichText joinRuns(const QString& text, const std::vector<AttributeRun>& runs)
+// The items of an array node, in order. libplist looks an item of a parsed array up by
+// walking from the first, so reading items by index would take time that grows with the
+// square of the array; one walk gives them all.
+std::vector<plist_t> arrayItems(plist_t array)
 {
-    RichText joined;
-    for (const AttributeRun& run : runs)
-        joined.append(text.mid(run.location, run.length), run.attributes);
-    return joined;
+    std::vector<plist_t> items;
+    items.reserve(plist_array_get_size(array));
+    plist_array_iter iterator = nullptr;
+    plist_array_new_iter(array, &iterator);
+    const auto freeIterator = qScopeGuard([&] { std::free(iterator); });
+    for (plist_t item = nullptr;;) {
+        plist_array_next_item(array, iterator, &item);
+        if (item == nullptr)
+            break;
+        items.push_back(item);
+    }
+    return items;
 }
 
 class ArchiveReader
@@ -297,7 +309,7 @@ public:
             return known->second;
         if (uid >= m_count)
             return archiveDamaged("an object's class is not in its object table");
-        plist_t description = plist_array_get_item(m_objects, uint32_t(uid));
+        plist_t description = m_objectNodes[uid];
         if (plist_get_node_type(description) != PLIST_DICT)
             return archiveDamaged("an object's class description is not a dictionary");
         plist_t name = plist_dict_get_item(description, "$classname");
@@ -352,38 +364,48 @@ public:
             // One run: a dictionary, or no attributes at all.
             if (attributes->isNil())
                 return RichText(string);
-            Result<TextAttributes> single = readAttributes(*attributes);
+            Result<const TextAttributes*> single = readAttributes(*attributes);
             if (!single)
                 return single.error();
-            return RichText(string, single.value());
+            return RichText(string, **single);
         }
 
         // Several runs: an array of dictionaries and the run table.
         Result<QByteArray> table = readData(*info, "the run table of an attributed string");
         if (!table)
             return table.error();
-        Result<std::vector<Object>> dictionaries = readArray(*attributes, "attributes");
+        Result<std::vector<plist_t>> dictionaries = readArray(*attributes, "attributes");
         if (!dictionaries)
             return dictionaries.error();
-        Result<std::vector<RunTableEntry>> entries =
-            decodeRunTable(table.value(), string.size(), qint64(dictionaries->size()));
-        if (!entries)
-            return entries.error();
+        const qint64 dictionaryCount = qint64(dictionaries->size());
+        // The whole table is checked before any dictionary is read, so that a damaged
+        // table is reported as such whatever the dictionaries hold.
+        if (Status checked = readRunTable(table.value(), string.size(), dictionaryCount,
+                                          [](const RunTableEntry&) { return Status(Done{}); });
+            !checked)
+            return checked.error();
 
-        std::vector<AttributeRun> runs;
-        int location = 0;
-        for (const RunTableEntry& entry : entries.value()) {
-            Result<TextAttributes> runAttributes =
-                readAttributes(dictionaries.value()[std::size_t(entry.index)]);
-            if (!runAttributes)
-                return runAttributes.error();
-            if (!runs.empty() && runs.back().attributes == runAttributes.value())
-                runs.back().length += int(entry.length);
-            else
-                runs.push_back({location, int(entry.length), std::move(runAttributes).value()});
-            location += int(entry.length);
-        }
-        return joinRuns(string, runs);
+        // The runs go straight into the text. A dictionary is read when a run first uses
+        // it; later runs find it among those read.
+        RichText joined;
+        const QStringView characters(string);
+        qint64 location = 0;
+        const Status built = readRunTable(
+            table.value(), string.size(), dictionaryCount,
+            [&](const RunTableEntry& entry) -> Status {
+                Result<Object> dictionary = resolve(dictionaries.value()[std::size_t(entry.index)]);
+                if (!dictionary)
+                    return dictionary.error();
+                Result<const TextAttributes*> runAttributes = readAttributes(*dictionary);
+                if (!runAttributes)
+                    return runAttributes.error();
+                joined.append(characters.mid(location, entry.length), **runAttributes);
+                location += entry.length;
+                return Done{};
+            });
+        if (!built)
+            return built.error();
+        return joined;
     }
 
     Result<Rgba> readColor(const Object& object)
@@ -528,7 +550,8 @@ private:
         if (m_objects == nullptr || plist_get_node_type(m_objects) != PLIST_ARRAY ||
             plist_array_get_size(m_objects) == 0)
             return archiveDamaged("it has no object table");
-        m_count = plist_array_get_size(m_objects);
+        m_objectNodes = arrayItems(m_objects);
+        m_count = m_objectNodes.size();
         plist_t topObjects = plist_dict_get_item(top, "$top");
         if (topObjects == nullptr || plist_get_node_type(topObjects) != PLIST_DICT)
             return archiveDamaged("it has no root object");
@@ -554,9 +577,7 @@ private:
         if (plist_get_node_type(list) != PLIST_ARRAY)
             return error;
         QStringList names;
-        const uint32_t count = plist_array_get_size(list);
-        for (uint32_t i = 0; i < count; ++i) {
-            plist_t entry = plist_array_get_item(list, i);
+        for (plist_t entry : arrayItems(list)) {
             if (plist_get_node_type(entry) != PLIST_STRING)
                 return error;
             names.append(stringValue(entry));
@@ -575,7 +596,7 @@ private:
             return Object{};
         if (uid >= m_count)
             return archiveDamaged("it refers to an object that is not in its object table");
-        return Object{uid, plist_array_get_item(m_objects, uint32_t(uid))};
+        return Object{uid, m_objectNodes[uid]};
     }
 
     // Marks an object as being decoded; refuses one that is already being decoded
@@ -673,24 +694,22 @@ private:
         return dataValue(bytes.value());
     }
 
-    // The elements of an NSArray (NSMutableArray) object.
-    Result<std::vector<Object>> readArray(const Object& object, const char* what)
+    // The references held by an NSArray (NSMutableArray) object, each checked to lead
+    // into the object table. They are kept as references, eight bytes each, rather
+    // than resolved: an array may be millions long.
+    Result<std::vector<plist_t>> readArray(const Object& object, const char* what)
     {
         Result<plist_t> items = inlineValue(
             object, "NSArray", "NS.objects", PLIST_ARRAY,
             archiveDamaged(QStringLiteral("its %1 are not a list").arg(QLatin1String(what))));
         if (!items)
             return items.error();
-        std::vector<Object> elements;
-        const uint32_t count = plist_array_get_size(items.value());
-        elements.reserve(count);
-        for (uint32_t i = 0; i < count; ++i) {
-            Result<Object> element = resolve(plist_array_get_item(items.value(), i));
-            if (!element)
+        std::vector<plist_t> references = arrayItems(items.value());
+        for (plist_t reference : references) {
+            if (Result<Object> element = resolve(reference); !element)
                 return element.error();
-            elements.push_back(element.value());
         }
-        return elements;
+        return references;
     }
 
     Result<std::optional<double>> realFor(plist_t dict, const char* key)
@@ -903,14 +922,16 @@ private:
         return int(*value);
     }
 
-    // An attribute dictionary (NSDictionary with NS.keys and NS.objects). A nil
-    // dictionary has no attributes.
-    Result<TextAttributes> readAttributes(const Object& object)
+    // An attribute dictionary (NSDictionary with NS.keys and NS.objects), read once and
+    // kept by the reader, which the result points into. A nil dictionary has no
+    // attributes.
+    Result<const TextAttributes*> readAttributes(const Object& object)
     {
+        static const TextAttributes kNoAttributes;
         if (object.isNil())
-            return TextAttributes{};
+            return &kNoAttributes;
         if (const auto known = m_attributes.find(object.uid); known != m_attributes.end())
-            return known->second;
+            return &known->second;
         if (Status entered = enter(object); !entered)
             return entered.error();
         const auto leave = qScopeGuard([this] { m_path.pop_back(); });
@@ -929,13 +950,13 @@ private:
                                   "match");
 
         TextAttributes attributes;
-        const uint32_t count = empty ? 0 : plist_array_get_size(keys);
-        for (uint32_t i = 0; i < count; ++i) {
-            Result<QString> key =
-                readString(plist_array_get_item(keys, i), "the name of an attribute");
+        const std::vector<plist_t> keyItems = empty ? std::vector<plist_t>() : arrayItems(keys);
+        const std::vector<plist_t> valueItems = empty ? std::vector<plist_t>() : arrayItems(values);
+        for (std::size_t i = 0; i < keyItems.size(); ++i) {
+            Result<QString> key = readString(keyItems[i], "the name of an attribute");
             if (!key)
                 return key.error();
-            plist_t value = plist_array_get_item(values, i);
+            plist_t value = valueItems[i];
             const QString& name = key.value();
             if (name == QLatin1String("NSFont")) {
                 Result<Object> font = resolve(value);
@@ -981,12 +1002,12 @@ private:
                 attributes.strikethrough = style.value();
             }
         }
-        m_attributes.emplace(object.uid, attributes);
-        return attributes;
+        return &m_attributes.emplace(object.uid, std::move(attributes)).first->second;
     }
 
     PlistPtr m_plist;
     plist_t m_objects = nullptr;
+    std::vector<plist_t> m_objectNodes; // the items of m_objects, by UID
     quint64 m_count = 0;
     Object m_root;
     std::vector<quint64> m_path;

@@ -157,9 +157,11 @@ private:
         m_state.assign(m_count, State::Unvisited);
         m_weight.assign(m_count, 0);
         m_height.assign(m_count, 0);
-        // libplist makes one node per reference followed, so an honest file (where each
-        // reference takes at least a byte) never needs more nodes than it has bytes.
-        const quint64 maxNodes = 2 * m_size + 64;
+        // libplist makes one node per reference followed, and a node takes it about a
+        // hundred bytes. The densest archives macOS and our writer make have a node for
+        // every six and a half bytes or more; a list with more than one for every five
+        // bytes, beyond what any small list may have, repeats objects to blow up.
+        const quint64 maxNodes = m_size / kBytesPerNode + kNodeAllowance;
 
         std::vector<Frame> stack;
         Frame top;
@@ -221,6 +223,8 @@ private:
         return Done{};
     }
 
+    static constexpr quint64 kBytesPerNode = 5;
+    static constexpr quint64 kNodeAllowance = 4096;
     static constexpr quint64 kWeightCap = quint64(1) << 62;
     static constexpr quint64 kStoredWeightCap = 0xffffffff;
 

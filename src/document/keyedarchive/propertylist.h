@@ -23,8 +23,9 @@ inline constexpr int kMaxPropertyListDepth = 32;
 // unbounded time or memory, whatever the bytes:
 //  - a binary list is first walked without libplist, to refuse object tables that
 //    point outside the file, refer to themselves, nest too deeply or would expand
-//    (libplist copies an object for every reference to it) into more objects than the
-//    file has bytes;
+//    (libplist copies an object for every reference to it) into more than one node for
+//    every five bytes of the file (and a few thousand), so that the nodes never take
+//    more than about 20 times the file's size;
 //  - XML is read with QXmlStreamReader into libplist nodes, with the same depth limit.
 // Errors are in NSCocoaErrorDomain with the code of a damaged archive.
 Result<PlistPtr> parsePropertyList(const QByteArray& data);

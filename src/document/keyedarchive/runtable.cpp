@@ -48,10 +48,9 @@ QByteArray encodeRunTable(const std::vector<RunTableEntry>& entries)
     return out;
 }
 
-Result<std::vector<RunTableEntry>> decodeRunTable(const QByteArray& data, qint64 textLength,
-                                                  qint64 dictionaryCount)
+Status readRunTable(const QByteArray& data, qint64 textLength, qint64 dictionaryCount,
+                    const std::function<Status(const RunTableEntry&)>& visit)
 {
-    std::vector<RunTableEntry> entries;
     qsizetype position = 0;
     qint64 covered = 0;
     while (covered < textLength) {
@@ -71,9 +70,24 @@ Result<std::vector<RunTableEntry>> decodeRunTable(const QByteArray& data, qint64
             return archiveDamaged("its run table refers to attributes that are not in the archive");
         if (*length == 0)
             continue;
-        entries.push_back({qint64(*length), qint64(*index)});
+        if (Status visited = visit({qint64(*length), qint64(*index)}); !visited)
+            return visited;
         covered += qint64(*length);
     }
+    return Done{};
+}
+
+Result<std::vector<RunTableEntry>> decodeRunTable(const QByteArray& data, qint64 textLength,
+                                                  qint64 dictionaryCount)
+{
+    std::vector<RunTableEntry> entries;
+    const Status read =
+        readRunTable(data, textLength, dictionaryCount, [&](const RunTableEntry& entry) {
+            entries.push_back(entry);
+            return Status(Done{});
+        });
+    if (!read)
+        return read.error();
     return entries;
 }
 

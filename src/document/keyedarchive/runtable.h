@@ -3,6 +3,7 @@
 #include "base/result.h"
 
 #include <QByteArray>
+#include <functional>
 #include <vector>
 
 namespace lomir {
@@ -30,5 +31,11 @@ QByteArray encodeRunTable(const std::vector<RunTableEntry>& entries);
 // when an index is outside the array. Zero-length runs are skipped.
 Result<std::vector<RunTableEntry>> decodeRunTable(const QByteArray& data, qint64 textLength,
                                                   qint64 dictionaryCount);
+
+// Reads a run table as decodeRunTable() does, but hands each entry to visit as it is
+// read, so that a table of millions of runs needs no list of its own. The first failure,
+// of the table or of visit, ends the reading and is returned.
+Status readRunTable(const QByteArray& data, qint64 textLength, qint64 dictionaryCount,
+                    const std::function<Status(const RunTableEntry&)>& visit);
 
 } // namespace lomir

@@ -12,7 +12,8 @@ namespace lomir {
 
 // The Qt font for a face at its exact point size.
 QFont toQFont(const FontSpec& font);
-// The font the text system uses for a run without a font: Helvetica 12.
+// The font of a run that names none: Helvetica 12, the font such runs have in the
+// files Lomir reads. Measuring, printing and editing all use it.
 FontSpec defaultFont();
 
 // Character and block formats for drawing and editing with Qt's text engine. The

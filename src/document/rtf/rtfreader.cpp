@@ -10,6 +10,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace lomir {
@@ -536,13 +537,6 @@ struct ExpandedColorEntry
     std::vector<int> components; // 0 to 100000
 };
 
-// A stretch of text with one set of attributes, as the reader collects it.
-struct Piece
-{
-    QString text;
-    TextAttributes attributes;
-};
-
 quint8 toByte(int value, int scale)
 {
     const double clamped = std::clamp(double(value), 0.0, double(scale));
@@ -550,9 +544,11 @@ quint8 toByte(int value, int scale)
 }
 
 // Replaces halves of surrogate pairs that have no other half with U+FFFD, so that the
-// text is well-formed UTF-16 whatever \uN escapes the document held.
-void replaceLoneSurrogates(QString& text)
+// text is well-formed UTF-16 whatever \uN escapes the document held. Returns whether it
+// replaced any; a text shared with another is copied only then.
+bool replaceLoneSurrogates(QString& text)
 {
+    bool replaced = false;
     const qsizetype size = text.size();
     for (qsizetype i = 0; i < size; ++i) {
         const QChar c = text.at(i);
@@ -560,50 +556,13 @@ void replaceLoneSurrogates(QString& text)
             ++i;
             continue;
         }
-        if (c.isSurrogate())
+        if (c.isSurrogate()) {
             text[i] = QChar(kReplacementCharacter);
+            replaced = true;
+        }
     }
+    return replaced;
 }
-
-// Appends rich texts one after another in text order. Like a binary counter it only
-// joins parts of equal weight, so the whole costs the number of parts times its
-// logarithm instead of growing with the square of it.
-class RichTextJoiner
-{
-public:
-    void add(RichText text)
-    {
-        std::size_t weight = 1;
-        while (!m_parts.empty() && m_parts.back().weight <= weight) {
-            weight += m_parts.back().weight;
-            RichText joined = std::move(m_parts.back().text);
-            m_parts.pop_back();
-            joined.append(text);
-            text = std::move(joined);
-        }
-        m_parts.push_back({std::move(text), weight});
-    }
-
-    RichText take()
-    {
-        RichText result;
-        while (!m_parts.empty()) {
-            RichText joined = std::move(m_parts.back().text);
-            m_parts.pop_back();
-            joined.append(result);
-            result = std::move(joined);
-        }
-        return result;
-    }
-
-private:
-    struct Part
-    {
-        RichText text;
-        std::size_t weight = 0;
-    };
-    std::vector<Part> m_parts;
-};
 
 class RtfReader
 {
@@ -634,6 +593,7 @@ private:
     int currentCodePage() const;
     void emitCharacter(char16_t character);
     void appendText(char16_t character);
+    void flushPiece();
     void paragraphBreak();
     void closeParagraph(const ParagraphFormat& format);
     void finishFontEntry();
@@ -674,11 +634,12 @@ private:
     bool m_leadBytePending = false;
     rtf::CodePageDecoder m_decoder;
 
-    // output: the paragraph being read, and the paragraphs before it
-    std::vector<Piece> m_pieces;
-    RichTextJoiner m_text;
-    bool m_newPieceCheck = true;
+    // output: the characters read since the attributes last changed, which take
+    // m_attributes; the rest of the paragraph being read; the paragraphs before it
+    QString m_piece;
     TextAttributes m_attributes;
+    RichText m_paragraph;
+    RichText m_text;
     bool m_attributesDirty = true;
     ParagraphFormat m_lastTextParagraph;
 };
@@ -1368,18 +1329,19 @@ void RtfReader::appendText(char16_t character)
     if (m_attributesDirty) {
         TextAttributes attributes = currentAttributes();
         if (attributes != m_attributes) {
+            flushPiece();
             m_attributes = std::move(attributes);
-            m_newPieceCheck = true;
         }
         m_attributesDirty = false;
     }
-    if (m_newPieceCheck) {
-        if (m_pieces.empty() || m_pieces.back().attributes != m_attributes)
-            m_pieces.push_back({QString(), m_attributes});
-        m_newPieceCheck = false;
-    }
-    m_pieces.back().text += QChar(character);
+    m_piece += QChar(character);
     m_lastTextParagraph = state().paragraph;
+}
+
+void RtfReader::flushPiece()
+{
+    m_paragraph.append(m_piece, m_attributes);
+    m_piece.clear();
 }
 
 void RtfReader::paragraphBreak()
@@ -1409,20 +1371,22 @@ void RtfReader::closeParagraph(const ParagraphFormat& format)
     if (style != ParagraphStyle{})
         paragraph = style;
     // A surrogate pair never spans a paragraph break, so each paragraph can be mended
-    // on its own before it joins the text.
-    QString whole;
-    for (const Piece& piece : m_pieces)
-        whole += piece.text;
-    replaceLoneSurrogates(whole);
-    qsizetype position = 0;
-    for (Piece& piece : m_pieces) {
-        const qsizetype size = piece.text.size();
-        piece.attributes.paragraph = paragraph;
-        m_text.add(RichText(whole.mid(position, size), std::move(piece.attributes)));
-        position += size;
+    // on its own before it joins the text. Mending keeps every position.
+    flushPiece();
+    RichText text = std::exchange(m_paragraph, RichText());
+    QString mended = text.string();
+    if (replaceLoneSurrogates(mended)) {
+        RichText rebuilt;
+        for (const AttributeRun& run : text.runs())
+            rebuilt.append(QStringView(mended).mid(run.location, run.length), run.attributes);
+        text = std::move(rebuilt);
     }
-    m_pieces.clear();
-    m_newPieceCheck = true;
+    text.modifyAttributes(0, text.length(),
+                          [&](TextAttributes& attributes) { attributes.paragraph = paragraph; });
+    if (m_text.isEmpty())
+        m_text = std::move(text);
+    else
+        m_text.append(text);
 }
 
 void RtfReader::finishFontEntry()
@@ -1541,9 +1505,9 @@ TextAttributes RtfReader::currentAttributes()
 
 RichText RtfReader::result()
 {
-    if (!m_pieces.empty())
+    if (!m_piece.isEmpty() || !m_paragraph.isEmpty())
         closeParagraph(m_lastTextParagraph);
-    return m_text.take();
+    return std::move(m_text);
 }
 
 // Whether the bytes open an RTF document: "{\rtf", after white space or a UTF-8 byte

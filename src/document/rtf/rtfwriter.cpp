@@ -4,6 +4,7 @@
 #include <QString>
 #include <algorithm>
 #include <cmath>
+#include <unordered_set>
 #include <vector>
 
 namespace lomir {
@@ -151,7 +152,7 @@ private:
     void writeEscapedName(const QString& name);
 
     const RichText& m_text;
-    const std::vector<AttributeRun> m_runs;
+    const RichText::Runs m_runs;
     std::vector<WrittenFont> m_fonts;
     std::vector<Rgba> m_colors; // from table index 2 on
     QByteArray m_out;
@@ -198,7 +199,12 @@ QByteArray RtfWriter::write()
 
 void RtfWriter::collectTables()
 {
+    // A text keeps each distinct attribute set once: runs that share a set share its
+    // address, and each set is looked at once.
+    std::unordered_set<const TextAttributes*> seen;
     for (const AttributeRun& run : m_runs) {
+        if (!seen.insert(&run.attributes).second)
+            continue;
         const WrittenFont font = writtenFontFor(run.attributes.font);
         const bool known = std::any_of(m_fonts.begin(), m_fonts.end(),
                                        [&](const WrittenFont& f) { return f.name == font.name; });
