@@ -79,8 +79,15 @@ PrintController::PrintController(QWidget* window, std::function<PrintEditor*()> 
                                  std::function<QString()> documentName)
     : QObject(window), m_window(window), m_editor(std::move(editor)),
       m_documentName(std::move(documentName)), m_userInterface(std::make_unique<PrintDialogs>()),
-      m_pageLayout(storedPageLayout(QSettings())), m_printerName(QPrinterInfo::defaultPrinterName())
+      m_pageLayout(storedPageLayout(QSettings()))
 {
+}
+
+QString PrintController::calibratedPrinterName() const
+{
+    // Asking the print system is left until a print needs it: it can take a while, and
+    // every new window would wait for it.
+    return m_printerName.isEmpty() ? QPrinterInfo::defaultPrinterName() : m_printerName;
 }
 
 PrintController::~PrintController() = default;
@@ -129,7 +136,7 @@ void PrintController::print(bool fullPage)
 void PrintController::printPlan(const PrintPlan& plan, bool fullPage)
 {
     const std::shared_ptr<QPrinter> printer =
-        printerFor(m_pageLayout, m_printerName, m_documentName());
+        printerFor(m_pageLayout, calibratedPrinterName(), m_documentName());
     const QPointer<PrintController> self(this);
     m_userInterface->askToPrint(m_window, *printer, pageCountOf(plan),
                                 [self, printer, plan, fullPage](bool accepted) {
@@ -217,9 +224,10 @@ void PrintController::runPageSetup()
 {
     PageSetupChoice current;
     current.layout = m_pageLayout;
-    current.printerName = m_printerName;
-    if (!m_printerName.isEmpty())
-        current.calibrations[m_printerName] = storedCalibration(QSettings(), m_printerName);
+    current.printerName = calibratedPrinterName();
+    if (!current.printerName.isEmpty())
+        current.calibrations[current.printerName] =
+            storedCalibration(QSettings(), current.printerName);
     const QPointer<PrintController> self(this);
     m_userInterface->askPageSetup(
         m_window, current,
@@ -248,7 +256,7 @@ void PrintController::calibrationPage(const QPageLayout& layout,
                                       const std::map<QString, PrinterCalibration>& calibrations)
 {
     const std::shared_ptr<QPrinter> printer =
-        printerFor(layout, m_printerName, tr("Calibration Page"));
+        printerFor(layout, calibratedPrinterName(), tr("Calibration Page"));
     const QPointer<PrintController> self(this);
     m_userInterface->askToPrint(
         m_window, *printer, 1, [self, printer, calibrations](bool accepted) {

@@ -90,7 +90,7 @@ public:
 
     // The printer whose calibration Page Setup shows first: the one this document last
     // printed on, else the system's default printer.
-    QString calibratedPrinterName() const { return m_printerName; }
+    QString calibratedPrinterName() const;
 
 Q_SIGNALS:
     // A print has started on its way to its printer or file.
@@ -121,6 +121,7 @@ private:
     std::function<QString()> m_documentName;
     std::unique_ptr<PrintUserInterface> m_userInterface;
     QPageLayout m_pageLayout;
+    // The printer last printed on or chosen in Page Setup; empty until there is one.
     QString m_printerName;
 };
 

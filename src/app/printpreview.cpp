@@ -25,6 +25,13 @@ constexpr double kLargestPixelsPerPoint = 8.0;
 constexpr double kZoomStep = 1.25;
 constexpr int kShadowOffset = 2;
 
+// Whole pixels a length takes; a length a hair over a whole number (a sheet zoomed to fit
+// the view exactly) does not take one more.
+double wholePixels(double length)
+{
+    return std::ceil(length - 1e-6);
+}
+
 } // namespace
 
 PrintPreviewView::PrintPreviewView(std::unique_ptr<TilingTextView> view, const PaperSettings& paper,
@@ -44,13 +51,6 @@ PrintPreviewView::~PrintPreviewView() = default;
 QSizeF PrintPreviewView::sheetSize() const
 {
     return m_paper.paper * m_pixelsPerPoint;
-}
-
-// Whole pixels a length takes; a length a hair over a whole number (a sheet zoomed to fit
-// the view exactly) does not take one more.
-static double wholePixels(double length)
-{
-    return std::ceil(length - 1e-6);
 }
 
 double PrintPreviewView::pageStride() const
