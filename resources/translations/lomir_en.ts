@@ -137,6 +137,10 @@ was not understood.
         <source>The printer “%1” stopped taking pages.</source>
         <translation>The printer “%1” stopped taking pages.</translation>
     </message>
+    <message>
+        <source>Lomir ran out of memory: there is not enough memory to finish “%1”. Close other programs and try again.</source>
+        <translation>Lomir ran out of memory: there is not enough memory to finish “%1”. Close other programs and try again.</translation>
+    </message>
 </context>
 <context>
     <name>DocumentDialogs</name>
@@ -278,6 +282,10 @@ was not understood.
     <message>
         <source>it is larger than %1, the largest file Lomir opens</source>
         <translation>it is larger than %1, the largest file Lomir opens</translation>
+    </message>
+    <message>
+        <source>there is not enough memory to read it</source>
+        <translation>there is not enough memory to read it</translation>
     </message>
 </context>
 <context>

@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QTextStream>
+#include <new>
 
 namespace {
 
@@ -32,7 +33,19 @@ int runCommand()
     arguments.removeFirst();
     QTextStream out(stdout);
     QTextStream err(stderr);
-    return lomir::runCommandLine(arguments, out, err);
+    try {
+        return lomir::runCommandLine(arguments, out, err);
+    } catch (const std::bad_alloc&) {
+        // Files are read within a bounded multiple of their size; this is a machine that
+        // cannot give even that, or a command that needs more on the way out.
+        err << QCoreApplication::translate("CommandLine",
+                                           "Lomir ran out of memory: there is not enough "
+                                           "memory to finish “%1”. Close other programs "
+                                           "and try again.")
+                   .arg(arguments.join(QLatin1Char(' ')))
+            << '\n';
+        return lomir::kExitFailure;
+    }
 }
 
 } // namespace

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
+#include <new>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -201,15 +202,23 @@ Result<QByteArray> readRegularFile(const QString& path)
 
 Result<Content> readLabelFile(const QString& path, const QString& typeName)
 {
-    const Result<QByteArray> data = readRegularFile(path);
-    if (!data)
-        return data.error();
-    Content record;
-    const Status read = readFromData(*data, typeName, record);
-    if (!read)
-        return Error{read.error().domain, read.error().code,
-                     DocumentFile::tr("Cannot read “%1”: %2").arg(path, read.error().message)};
-    return record;
+    // Reading takes a bounded multiple of the file's size (documentlimits.h); a machine
+    // that cannot give even that gets a sentence, and the document open before stays.
+    try {
+        const Result<QByteArray> data = readRegularFile(path);
+        if (!data)
+            return data.error();
+        Content record;
+        const Status read = readFromData(*data, typeName, record);
+        if (!read)
+            return Error{read.error().domain, read.error().code,
+                         DocumentFile::tr("Cannot read “%1”: %2").arg(path, read.error().message)};
+        return record;
+    } catch (const std::bad_alloc&) {
+        return Error{QString(kPosixErrorDomain), ENOMEM,
+                     sentence(Access::Read, path,
+                              DocumentFile::tr("there is not enough memory to read it"))};
+    }
 }
 
 Status writeRegularFile(const QString& path, const QByteArray& data)

@@ -35,4 +35,13 @@ inline constexpr qint64 kMaxArchiveSize = kMaxDocumentFileSize / 4 * 3;
 // type, as plain text or as RTF, stays well within the largest file.
 inline constexpr int kMaxLabelTextLength = 1'000'000;
 
+// Memory: reading a file of any of the three types, and printing it as "lomir inspect"
+// does, takes at most this many times the file's size beyond what the program holds
+// before it reads (about 10 MB), so at most a few hundred megabytes for a file at the
+// largest size. What grows with a file: the property list's nodes for the archive (at
+// most one for every five bytes of it), the rich text (eight bytes a run, and each run
+// takes more than four bytes of any file; each distinct attribute set is kept once), and
+// a copy or two of the text on the way. The memory test holds every reader to it.
+inline constexpr int kReadMemoryFactor = 24;
+
 } // namespace lomir
