@@ -45,11 +45,12 @@ test-sanitize: build-sanitize
 	cd $(SANITIZE_BUILD_DIR) && $(CTEST)
 
 bench: configure
-	cmake --build $(BUILD_DIR) -j $(JOBS) --target tiling-bench preview-bench
+	cmake --build $(BUILD_DIR) -j $(JOBS) --target tiling-bench preview-bench document-bench
 	$(BUILD_DIR)/bench/tiling-bench
 	$(BUILD_DIR)/bench/tiling-bench --rich
 	$(BUILD_DIR)/bench/preview-bench
 	$(BUILD_DIR)/bench/preview-bench --stock
+	$(BUILD_DIR)/bench/document-bench
 	BUILD_DIR=$(BUILD_DIR) bench/print-command
 	BUILD_DIR=$(BUILD_DIR) bench/startup
 
