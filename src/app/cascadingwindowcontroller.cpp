@@ -1,6 +1,7 @@
 #include "app/cascadingwindowcontroller.h"
 
 #include "app/printcontroller.h"
+#include "app/reviewwindows.h"
 #include "document/document.h"
 #include "document/documentcontroller.h"
 #include "editor/mainviewcontroller.h"
@@ -42,7 +43,19 @@ CascadingWindowController::CascadingWindowController()
     m_printController = new PrintController(
         this, [this]() -> PrintEditor* { return m_editor; },
         [this] { return m_document ? m_document->displayName() : QString(); });
+    // A print that succeeded has been counted by now; the count may call for the
+    // review question.
+    connect(m_printController, &PrintController::printOperationDidRun, this, [this](bool success) {
+        if (success)
+            performReviewRequestCheck();
+    });
     createMenus();
+}
+
+void CascadingWindowController::performReviewRequestCheck()
+{
+    // One prompt for the whole application, so that no two windows ask at once.
+    ReviewPrompt::application().performReviewRequestCheck();
 }
 
 CascadingWindowController::~CascadingWindowController()

@@ -62,6 +62,9 @@ public:
     QAction* saveAsAction() const { return m_saveAsAction; }
     QAction* revertAction() const { return m_revertAction; }
 
+    // The review check, run after each successful print of the document.
+    void performReviewRequestCheck();
+
     // The document's print commands and its page layout.
     PrintController* printController() const { return m_printController; }
     QAction* pageSetupAction() const { return m_pageSetupAction; }

@@ -3,6 +3,7 @@
 #include "app/printpreview.h"
 #include "app/printrun.h"
 #include "app/reviewprompt.h"
+#include "app/reviewwindows.h"
 #include "editor/labeltextview.h"
 #include "editor/translations.h"
 #include "layout/measurement.h"
@@ -222,6 +223,13 @@ private Q_SLOTS:
         for (PrintRun* run : qApp->findChildren<PrintRun*>(Qt::FindDirectChildrenOnly))
             run->cancel();
         QTRY_VERIFY(qApp->findChildren<PrintRun*>(Qt::FindDirectChildrenOnly).isEmpty());
+        // A successful print at a due count asked the review question; it goes unanswered.
+        ReviewPrompt& prompt = ReviewPrompt::application();
+        if (prompt.reviewWindow())
+            prompt.reviewWindow()->reject();
+        if (prompt.feedbackWindow())
+            prompt.feedbackWindow()->reject();
+        QVERIFY(!prompt.isReviewWindowShown());
     }
 
     // --- The print commands ---
@@ -378,6 +386,33 @@ private Q_SLOTS:
         QCOMPARE(printCount(), qint64(5));
         QCOMPARE(printAndWait(window, window.opened.window->printFullPageAction()), true);
         QCOMPARE(printCount(), qint64(6));
+    }
+
+    void theFifthSuccessfulPrintAsksForAReview()
+    {
+        // The print count reaches 5 only with a print that succeeded: the window's print
+        // then runs the application's review check, which opens the question.
+        QSettings().setValue(QString::fromLatin1(kPrintCountKey), 4);
+        const PrintingWindow window = openPrinting(labelRecord(
+            QSizeF(100.0, 50.0), numbered(1), QStringLiteral("3"), QStringLiteral("0")));
+        ReviewPrompt& prompt = ReviewPrompt::application();
+        window.printing->printsInDialog = false;
+        QCOMPARE(printAndWait(window, window.opened.window->printAction()), false);
+        QVERIFY(!prompt.isReviewWindowShown());
+        window.printing->printsInDialog = true;
+        QCOMPARE(printAndWait(window, window.opened.window->printAction()), true);
+        QCOMPARE(printCount(), qint64(5));
+        QVERIFY(prompt.isReviewWindowShown());
+        QVERIFY(prompt.reviewWindow() && prompt.reviewWindow()->isVisible());
+
+        // Not now: the question comes again at a later count, not at the next print.
+        prompt.reviewWindow()->noButton()->click();
+        QVERIFY(prompt.feedbackWindow() && prompt.feedbackWindow()->isVisible());
+        prompt.feedbackWindow()->notNowButton()->click();
+        QVERIFY(!prompt.isReviewWindowShown());
+        QCOMPARE(printAndWait(window, window.opened.window->printFullPageAction()), true);
+        QCOMPARE(printCount(), qint64(6));
+        QVERIFY(!prompt.isReviewWindowShown());
     }
 
     void spacedApartLabelsHaveLargerCells()
