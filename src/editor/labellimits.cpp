@@ -3,7 +3,9 @@
 #include "layout/labeltextlayout.h"
 #include "layout/measurement.h"
 
+#include <QTextBoundaryFinder>
 #include <algorithm>
+#include <vector>
 
 namespace lomir {
 
@@ -42,11 +44,40 @@ bool textFitsLabel(const RichText& text, const FontSpec& editorFont, double labe
 RichText trimmedToLabel(RichText text, const FontSpec& editorFont, double labelWidth,
                         double labelHeight)
 {
-    // One character at a time from the end, as a user deleting would, so a wrapped line
-    // that comes back up is noticed at the first character that lets it.
-    while (!text.isEmpty() && neededTextHeight(text, editorFont, labelWidth) > labelHeight)
-        text.deleteLastCharacter();
-    return text;
+    const auto fits = [&](const RichText& candidate) {
+        return candidate.isEmpty() ||
+               neededTextHeight(candidate, editorFont, labelWidth) <= labelHeight;
+    };
+    if (fits(text))
+        return text;
+
+    // The text's prefixes that deleting one user-perceived character at a time from the
+    // end goes through: prefixEnds[count] is the length of the first count characters.
+    std::vector<int> prefixEnds{0};
+    QTextBoundaryFinder graphemes(QTextBoundaryFinder::Grapheme, text.string());
+    for (qsizetype end = graphemes.toNextBoundary(); end > 0; end = graphemes.toNextBoundary())
+        prefixEnds.push_back(int(end));
+    const auto prefix = [&](std::size_t count) { return text.mid(0, prefixEnds[count]); };
+
+    // A shorter prefix never needs more height than a longer one (its lines are the
+    // longer one's lines, the last perhaps shorter), so the first prefix that fits on the
+    // way down is found by halving rather than by laying out every one of them: first in
+    // growing steps back from the end, as most trims take off a few characters, then
+    // between the last prefix too tall and the first that fits.
+    std::size_t tooTall = prefixEnds.size() - 1;
+    std::size_t fitting = 0;
+    for (std::size_t step = 1; tooTall > step; step *= 2) {
+        if (fits(prefix(tooTall - step))) {
+            fitting = tooTall - step;
+            break;
+        }
+        tooTall -= step;
+    }
+    while (tooTall - fitting > 1) {
+        const std::size_t middle = fitting + (tooTall - fitting) / 2;
+        (fits(prefix(middle)) ? fitting : tooTall) = middle;
+    }
+    return prefix(fitting);
 }
 
 } // namespace lomir

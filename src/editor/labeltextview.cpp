@@ -143,18 +143,15 @@ void LabelTextView::replaceText(const RichText& text)
     setTextCursor(cursor);
 }
 
-bool LabelTextView::deleteLastCharacter()
+void LabelTextView::truncate(int length)
 {
-    if (isEmpty())
-        return false;
-    StorageEdit storage(*this);
     QTextCursor cursor(document());
     cursor.movePosition(QTextCursor::End);
-    // Moves over one grapheme cluster: a serial placeholder unit or a letter with its
-    // combining marks goes as a whole.
-    cursor.movePosition(QTextCursor::PreviousCharacter, QTextCursor::KeepAnchor);
+    if (cursor.position() <= length)
+        return;
+    StorageEdit storage(*this);
+    cursor.setPosition(length, QTextCursor::KeepAnchor);
     cursor.removeSelectedText();
-    return true;
 }
 
 void LabelTextView::setUniformFontSize(double pointSize)

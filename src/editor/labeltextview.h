@@ -40,8 +40,9 @@ public:
     // Replaces the whole text in storage and clears the undo history. The caret goes back
     // to where it was before the current edit began (or stays), within the new text.
     void replaceText(const RichText& text);
-    // Deletes the last user-perceived character in storage; false when the text is empty.
-    bool deleteLastCharacter();
+    // Keeps the first length UTF-16 units of the text and deletes the rest, in storage and
+    // in one edit (a text trimmed to a smaller label); nothing when the text is no longer.
+    void truncate(int length);
     // Every run and the text view's font take the point size, in storage.
     void setUniformFontSize(double pointSize);
     void clearUndoHistory();

@@ -499,8 +499,7 @@ void MainViewController::resizeLabel(double width, double height)
         // A smaller label keeps as much of the text as fits, without asking.
         LabelTextView* text = textView();
         const RichText trimmed = trimmedToLabel(labelText(), text->textFont(), width, height);
-        while (text->richText().length() > trimmed.length() && text->deleteLastCharacter()) {
-        }
+        text->truncate(trimmed.length());
         m_previousTextViewContent = labelText();
         text->clearUndoHistory();
     }

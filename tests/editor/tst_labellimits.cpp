@@ -228,6 +228,33 @@ private Q_SLOTS:
         const RichText oneMore = text.mid(0, trimmed.length() + 1);
         QVERIFY(neededTextHeight(oneMore, arial(4), width) > height);
     }
+
+    void trimKeepsWhatDeletingOneCharacterAtATimeKeeps()
+    {
+        // The trim finds its cut without laying out every shorter text; it must keep
+        // exactly what deleting the last character until the text fits keeps, whatever
+        // the label's height, for a text of mixed sizes, wrapped words, line breaks, a
+        // letter with a combining mark and characters beyond the basic plane.
+        RichText text = inArial(QStringLiteral("Wildflower honey from the north meadows, "), 9);
+        text.append(inArial(QStringLiteral("BATCH\n"), 14));
+        text.append(inArial(QStringLiteral("Best before e\u0301te\u0301 \U0001F36F 2027 — "
+                                           "keep cool and dry, away from sunlight; "
+                                           "Supercalifragilisticexpialidocious"),
+                            6));
+        text.append(inArial(QStringLiteral("\n\nNo. 0042"), 11));
+        const double width = 90.0;
+        const auto oneAtATime = [&](RichText kept, double height) {
+            while (!kept.isEmpty() && neededTextHeight(kept, arial(4), width) > height)
+                kept.deleteLastCharacter();
+            return kept;
+        };
+        const double full = neededTextHeight(text, arial(4), width);
+        QVERIFY(full > lines(6, 9));
+        for (double height = 0.0; height <= full + 1.0; height += 2.5) {
+            const RichText trimmed = trimmedToLabel(text, arial(4), width, height);
+            QCOMPARE(trimmed, oneAtATime(text, height));
+        }
+    }
 };
 
 QTEST_MAIN(TestLabelLimits)

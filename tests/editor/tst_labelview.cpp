@@ -175,16 +175,22 @@ private Q_SLOTS:
         QCOMPARE(text->richText(), expected);
     }
 
-    void theLastCharacterGoesAsAWhole()
+    void truncatingKeepsTheStartAsItWas()
     {
         const auto view = viewOfLabel(QRectF(0.0, 0.0, 100.0, 50.0));
         LabelTextView* text = view->documentView()->textView();
-        text->replaceText(RichText(QStringLiteral("e\u0301#\u200D"), arial(6.0)));
-        QVERIFY(text->deleteLastCharacter());
-        QCOMPARE(text->richText().string(), QStringLiteral("e\u0301"));
-        QVERIFY(text->deleteLastCharacter());
-        QCOMPARE(text->richText().string(), QString());
-        QVERIFY(!text->deleteLastCharacter());
+        RichText label(QStringLiteral("No. "), arial(6.0));
+        label.append(QStringLiteral("e\u0301#\u200D"), arial(9.0, true));
+        text->replaceText(label);
+        QSignalSpy edits(text, &LabelTextView::textDidChange);
+        text->truncate(6);
+        QCOMPARE(text->richText(), label.mid(0, 6));
+        text->truncate(7);
+        QCOMPARE(text->richText(), label.mid(0, 6));
+        text->truncate(0);
+        QCOMPARE(text->richText(), RichText());
+        // In storage: no edit of the user's is reported.
+        QCOMPARE(edits.count(), 0);
     }
 
     void theTextBreaksWhereTheEngineBreaksIt_data()
