@@ -1,0 +1,105 @@
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+namespace lomir::rtf {
+
+// The control words the reader acts on, by what they do. Several words may stand for
+// one of these (every destination whose text is never shown is SkippedDestination).
+enum class Word
+{
+    // document
+    Ansi,
+    AnsiCodePage,
+    CocoaRtf,
+    DefaultFont,
+    Mac,
+    Pc,
+    Pca,
+    // destinations
+    ColorTable,
+    ExpandedColorTable,
+    FieldInstruction,
+    FieldResult,
+    FontTable,
+    SkippedDestination,
+    // font and colour tables
+    Blue,
+    ColorComponent,
+    ColorSpaceGray,
+    ColorSpaceRgb,
+    Font,
+    FontCharset,
+    FontCodePage,
+    Green,
+    Red,
+    // character formatting
+    Background,
+    Bold,
+    FontSize,
+    FontSizeMilli,
+    Foreground,
+    Hidden,
+    Highlight,
+    Italic,
+    Plain,
+    Strike,
+    StrikeDouble,
+    Underline,
+    UnderlineDash,
+    UnderlineDashDot,
+    UnderlineDashDotDot,
+    UnderlineDot,
+    UnderlineDouble,
+    UnderlineNone,
+    UnderlineThick,
+    UnderlineThickDash,
+    UnderlineThickDashDot,
+    UnderlineThickDashDotDot,
+    UnderlineThickDot,
+    UnderlineWord,
+    Unicode,
+    UnicodeSkip,
+    // paragraph formatting
+    AlignCenter,
+    AlignJustified,
+    AlignLeft,
+    AlignNatural,
+    AlignRight,
+    FirstLineIndent,
+    LeftIndent,
+    LineHeight,
+    LineHeightMultiple,
+    LineLeading,
+    ParagraphDefault,
+    RightIndent,
+    SpaceAfter,
+    SpaceBefore,
+    // breaks and special characters
+    Bullet,
+    Cell,
+    EmDash,
+    EmSpace,
+    EnDash,
+    EnSpace,
+    LeftDoubleQuote,
+    LeftQuote,
+    LeftToRightMark,
+    Line,
+    Page,
+    Paragraph,
+    QuarterEmSpace,
+    RightDoubleQuote,
+    RightQuote,
+    RightToLeftMark,
+    Row,
+    Tab,
+    ZeroWidthJoiner,
+    ZeroWidthNonJoiner,
+};
+
+// The meaning of a control word, by its letters; none for a word the reader ignores.
+std::optional<Word> lookUpWord(std::string_view name);
+
+} // namespace lomir::rtf
