@@ -1,23 +1,18 @@
 // Reading keyed archives (NSKeyedArchiver) of rich text, colours and fonts, as macOS
-// and the writer in keyedarchive.cpp make them.
+// and the writer in keyedarchive.cpp make them: the class readers, over the checked
+// object graph of archiveobjectgraph.h.
 //
-// The archive comes from outside (a document file, another program's settings), so
-// nothing in it is trusted: every reference is checked against the object table, every
-// value's type is checked before use, objects that refer back to themselves and chains
-// that nest too deeply are refused, and decoded attribute dictionaries are remembered so
-// that an archive sharing one dictionary among many runs costs no more than its size.
-// Unknown attribute keys are skipped, whatever their values, as macOS skips attributes it
-// has no use for.
-//
-// Objects are read by class. A class this reader does not know may name, in its
-// description's $classhints, classes to read it as instead: UIKit archives UIColor and
-// UIFont with the hints NSColor and NSFont, and carries NSColor's and NSFont's keys
-// beside its own. An object of a class that is neither known nor stands in for one
-// cannot be read; where a font, colour, paragraph style or the text itself should be,
-// the archive is refused as holding such an object, not as damaged, since nothing in it
-// is malformed.
+// Unknown attribute keys are skipped, whatever their values, as macOS skips attributes
+// it has no use for. Objects are read by class. A class this reader does not know may
+// name, in its description's $classhints, classes to read it as instead: UIKit archives
+// UIColor and UIFont with the hints NSColor and NSFont, and carries NSColor's and
+// NSFont's keys beside its own. An object of a class that is neither known nor stands in
+// for one cannot be read; where a font, colour, paragraph style or the text itself
+// should be, the archive is refused as holding such an object, not as damaged, since
+// nothing in it is malformed.
 
 #include "document/keyedarchive/archiveerrors.h"
+#include "document/keyedarchive/archiveobjectgraph.h"
 #include "document/keyedarchive/colorspaces.h"
 #include "document/keyedarchive/keyedarchive.h"
 #include "document/keyedarchive/propertylist.h"
@@ -38,12 +33,7 @@ namespace lomir {
 
 namespace {
 
-constexpr quint64 kArchiveVersion = 100000;
-
-// Objects decoded inside one another: an attributed string, its attribute array and
-// dictionary, a colour and its colour space are five; catalog colours add one level per
-// fallback colour.
-constexpr std::size_t kMaxObjectDepth = 16;
+using namespace archive;
 
 // NSColorSpace values (the colour model of an NSColor).
 enum ColorModel : qint64
@@ -71,125 +61,6 @@ Error wrongRootClass(const QString& className, const char* expected)
                  QStringLiteral("The archive holds an object of class \u201c%1\u201d where %2 "
                                 "was expected.")
                      .arg(className, QLatin1String(expected))};
-}
-
-// The classes this reader decodes, as the archive names them.
-bool isReadableClass(const QString& name)
-{
-    static const char* const kReadable[] = {"NSAttributedString",
-                                            "NSMutableAttributedString",
-                                            "NSTextStorage",
-                                            "NSString",
-                                            "NSMutableString",
-                                            "NSNumber",
-                                            "NSData",
-                                            "NSMutableData",
-                                            "NSArray",
-                                            "NSMutableArray",
-                                            "NSDictionary",
-                                            "NSMutableDictionary",
-                                            "NSFont",
-                                            "NSColor",
-                                            "NSColorSpace",
-                                            "NSParagraphStyle",
-                                            "NSMutableParagraphStyle"};
-    return std::any_of(std::begin(kReadable), std::end(kReadable),
-                       [&name](const char* readable) { return name == QLatin1String(readable); });
-}
-
-// The class of an object in the archive, from its class description: its name, and the
-// classes it can be read as. Those are its superclasses ($classes), or, for a class this
-// reader does not know, the first class in $classhints that it does know.
-struct ClassInfo
-{
-    QString name;
-    QStringList chain;
-
-    bool inherits(const char* className) const
-    {
-        const QLatin1String wanted(className);
-        return name == wanted || chain.contains(wanted);
-    }
-
-    bool readable() const
-    {
-        return isReadableClass(name) || std::any_of(chain.begin(), chain.end(), isReadableClass);
-    }
-
-    // The error for an object of this class where one of another class was expected:
-    // a damaged archive if this class is one the reader knows (or reads another as),
-    // otherwise an archive holding what cannot be read.
-    Error mismatch(const Error& damaged) const
-    {
-        return readable() ? damaged : archiveHoldsUnreadableClass(name);
-    }
-};
-
-// An object of the archive: its index in $objects and its node. UID 0 is nil.
-struct Object
-{
-    quint64 uid = 0;
-    plist_t node = nullptr;
-
-    bool isNil() const { return node == nullptr; }
-};
-
-QString stringValue(plist_t node)
-{
-    uint64_t length = 0;
-    const char* text = plist_get_string_ptr(node, &length);
-    if (text == nullptr)
-        return {};
-    QString value = QString::fromUtf8(text, qsizetype(length));
-    // Kept in step with the writer, which cannot store NUL.
-    value.replace(QChar(u'\0'), QChar(QChar::ReplacementCharacter));
-    return value;
-}
-
-QByteArray dataValue(plist_t node)
-{
-    uint64_t length = 0;
-    const char* bytes = plist_get_data_ptr(node, &length);
-    return bytes == nullptr ? QByteArray() : QByteArray(bytes, qsizetype(length));
-}
-
-// A number stored inline or as an NSNumber entry. libplist keeps every integer as its
-// unsigned 64-bit pattern; archives store signed integers.
-std::optional<double> numberValue(plist_t node)
-{
-    switch (plist_get_node_type(node)) {
-    case PLIST_REAL: {
-        double value = 0;
-        plist_get_real_val(node, &value);
-        return value;
-    }
-    case PLIST_UINT: {
-        uint64_t value = 0;
-        plist_get_uint_val(node, &value);
-        return double(qint64(value));
-    }
-    case PLIST_BOOLEAN: {
-        uint8_t value = 0;
-        plist_get_bool_val(node, &value);
-        return value ? 1.0 : 0.0;
-    }
-    default:
-        return std::nullopt;
-    }
-}
-
-std::optional<qint64> integerValue(plist_t node)
-{
-    if (plist_get_node_type(node) == PLIST_UINT) {
-        uint64_t value = 0;
-        plist_get_uint_val(node, &value);
-        return qint64(value);
-    }
-    const std::optional<double> number = numberValue(node);
-    // Reals are truncated as NSNumber's integerValue does, if they fit.
-    if (!number || !std::isfinite(*number) || std::abs(*number) >= 9.0e18)
-        return std::nullopt;
-    return qint64(*number);
 }
 
 // Colour components: ASCII decimal numbers separated by spaces, perhaps ended by NUL.
@@ -246,104 +117,32 @@ Rgba namedColor(const QString& name)
     return Rgba{0, 0, 0, 255};
 }
 
-// The items of an array node, in order. libplist looks an item of a parsed array up by
-// walking from the first, so reading items by index would take time that grows with the
-// square of the array; one walk gives them all.
-std::vector<plist_t> arrayItems(plist_t array)
-{
-    std::vector<plist_t> items;
-    items.reserve(plist_array_get_size(array));
-    plist_array_iter iterator = nullptr;
-    plist_array_new_iter(array, &iterator);
-    const auto freeIterator = qScopeGuard([&] { std::free(iterator); });
-    for (plist_t item = nullptr;;) {
-        plist_array_next_item(array, iterator, &item);
-        if (item == nullptr)
-            break;
-        items.push_back(item);
-    }
-    return items;
-}
-
+// Reads the objects of a keyed archive by class: attributed strings, attribute
+// dictionaries, fonts, colours and their colour spaces, paragraph styles. Decoded
+// attribute dictionaries are remembered, so that an archive sharing one dictionary among
+// many runs costs no more than its size.
 class ArchiveReader
 {
 public:
     static Result<ArchiveReader> open(const QByteArray& data)
     {
-        Result<PlistPtr> parsed = parsePropertyList(data);
-        if (!parsed)
-            return parsed.error();
-        ArchiveReader reader(std::move(parsed).value());
-        if (Status checked = reader.readTop(); !checked)
-            return checked.error();
-        return reader;
+        Result<ArchiveObjectGraph> graph = ArchiveObjectGraph::open(data);
+        if (!graph)
+            return graph.error();
+        return ArchiveReader(std::move(graph).value());
     }
 
-    // The root object, nil for an archive of nil.
-    const Object& root() const { return m_root; }
-
-    Result<ClassInfo> classOf(const Object& object)
-    {
-        switch (plist_get_node_type(object.node)) {
-        case PLIST_STRING:
-            return ClassInfo{QStringLiteral("NSString"), {}};
-        case PLIST_UINT:
-        case PLIST_REAL:
-        case PLIST_BOOLEAN:
-            return ClassInfo{QStringLiteral("NSNumber"), {}};
-        case PLIST_DATA:
-            return ClassInfo{QStringLiteral("NSData"), {}};
-        case PLIST_DATE:
-            return ClassInfo{QStringLiteral("NSDate"), {}};
-        case PLIST_DICT:
-            break;
-        default:
-            return archiveDamaged("an object of its object table has no class");
-        }
-        plist_t reference = plist_dict_get_item(object.node, "$class");
-        if (reference == nullptr || plist_get_node_type(reference) != PLIST_UID)
-            return archiveDamaged("an object of its object table has no class");
-        uint64_t uid = 0;
-        plist_get_uid_val(reference, &uid);
-        if (const auto known = m_classes.find(uid); known != m_classes.end())
-            return known->second;
-        if (uid >= m_count)
-            return archiveDamaged("an object's class is not in its object table");
-        plist_t description = m_objectNodes[uid];
-        if (plist_get_node_type(description) != PLIST_DICT)
-            return archiveDamaged("an object's class description is not a dictionary");
-        plist_t name = plist_dict_get_item(description, "$classname");
-        if (name == nullptr || plist_get_node_type(name) != PLIST_STRING)
-            return archiveDamaged("an object's class description has no class name");
-        ClassInfo info{stringValue(name), {}};
-        Result<QStringList> chain =
-            classNames(description, "$classes", "a malformed list of superclasses");
-        if (!chain)
-            return chain.error();
-        info.chain = std::move(chain).value();
-        // As macOS's unarchiver does, the hints are consulted only for a class that is
-        // missing; the first that this reader knows stands in for it.
-        if (!isReadableClass(info.name)) {
-            Result<QStringList> hints =
-                classNames(description, "$classhints", "a malformed list of class hints");
-            if (!hints)
-                return hints.error();
-            const auto hint = std::find_if(hints->begin(), hints->end(), isReadableClass);
-            if (hint != hints->end())
-                info.chain = QStringList{*hint};
-        }
-        m_classes.emplace(uid, info);
-        return info;
-    }
+    const Object& root() const { return m_graph.root(); }
+    Result<ClassInfo> classOf(const Object& object) { return m_graph.classOf(object); }
 
     Result<RichText> readAttributedString(const Object& object)
     {
-        if (Status entered = enter(object); !entered)
+        if (Status entered = m_graph.enter(object); !entered)
             return entered.error();
-        const auto leave = qScopeGuard([this] { m_path.pop_back(); });
+        const auto leave = qScopeGuard([this] { m_graph.leave(); });
 
-        Result<QString> text = readString(plist_dict_get_item(object.node, "NSString"),
-                                          "the text of an attributed string");
+        Result<QString> text = m_graph.readString(plist_dict_get_item(object.node, "NSString"),
+                                                  "the text of an attributed string");
         if (!text)
             return text.error();
         const QString& string = text.value();
@@ -352,11 +151,11 @@ public:
 
         plist_t attributesKey = plist_dict_get_item(object.node, "NSAttributes");
         plist_t infoKey = plist_dict_get_item(object.node, "NSAttributeInfo");
-        Result<Object> info = infoKey ? resolve(infoKey) : Result<Object>(Object{});
+        Result<Object> info = infoKey ? m_graph.resolve(infoKey) : Result<Object>(Object{});
         if (!info)
             return info.error();
         Result<Object> attributes =
-            attributesKey ? resolve(attributesKey) : Result<Object>(Object{});
+            attributesKey ? m_graph.resolve(attributesKey) : Result<Object>(Object{});
         if (!attributes)
             return attributes.error();
 
@@ -371,10 +170,10 @@ public:
         }
 
         // Several runs: an array of dictionaries and the run table.
-        Result<QByteArray> table = readData(*info, "the run table of an attributed string");
+        Result<QByteArray> table = m_graph.readData(*info, "the run table of an attributed string");
         if (!table)
             return table.error();
-        Result<std::vector<plist_t>> dictionaries = readArray(*attributes, "attributes");
+        Result<std::vector<plist_t>> dictionaries = m_graph.readArray(*attributes, "attributes");
         if (!dictionaries)
             return dictionaries.error();
         const qint64 dictionaryCount = qint64(dictionaries->size());
@@ -390,19 +189,21 @@ public:
         RichText joined;
         const QStringView characters(string);
         qint64 location = 0;
-        const Status built = readRunTable(
-            table.value(), string.size(), dictionaryCount,
-            [&](const RunTableEntry& entry) -> Status {
-                Result<Object> dictionary = resolve(dictionaries.value()[std::size_t(entry.index)]);
-                if (!dictionary)
-                    return dictionary.error();
-                Result<const TextAttributes*> runAttributes = readAttributes(*dictionary);
-                if (!runAttributes)
-                    return runAttributes.error();
-                joined.append(characters.mid(location, entry.length), **runAttributes);
-                location += entry.length;
-                return Done{};
-            });
+        const Status built =
+            readRunTable(table.value(), string.size(), dictionaryCount,
+                         [&](const RunTableEntry& entry) -> Status {
+                             Result<Object> dictionary =
+                                 m_graph.resolve(dictionaries.value()[std::size_t(entry.index)]);
+                             if (!dictionary)
+                                 return dictionary.error();
+                             Result<const TextAttributes*> runAttributes =
+                                 readAttributes(*dictionary);
+                             if (!runAttributes)
+                                 return runAttributes.error();
+                             joined.append(characters.mid(location, entry.length), **runAttributes);
+                             location += entry.length;
+                             return Done{};
+                         });
         if (!built)
             return built.error();
         return joined;
@@ -410,10 +211,10 @@ public:
 
     Result<Rgba> readColor(const Object& object)
     {
-        if (Status entered = enter(object); !entered)
+        if (Status entered = m_graph.enter(object); !entered)
             return entered.error();
-        const auto leave = qScopeGuard([this] { m_path.pop_back(); });
-        if (Status checked = expectClass(object, "NSColor", "a colour"); !checked)
+        const auto leave = qScopeGuard([this] { m_graph.leave(); });
+        if (Status checked = m_graph.expectClass(object, "NSColor", "a colour"); !checked)
             return checked.error();
 
         Result<std::optional<Rgba>> uiKitColor = readUIKitComponents(object.node);
@@ -435,7 +236,7 @@ public:
                 return archiveDamaged("a colour has malformed components");
             ComponentSpace space = ComponentSpace::Srgb;
             if (plist_t custom = plist_dict_get_item(object.node, "NSCustomColorSpace")) {
-                Result<Object> spaceObject = resolve(custom);
+                Result<Object> spaceObject = m_graph.resolve(custom);
                 if (!spaceObject)
                     return spaceObject.error();
                 Result<ComponentSpace> read = readColorSpace(*spaceObject);
@@ -482,14 +283,14 @@ public:
         case NamedColor: {
             // A catalog colour carries the colour it stood for when it was archived.
             if (plist_t fallback = plist_dict_get_item(object.node, "NSColor")) {
-                Result<Object> fallbackObject = resolve(fallback);
+                Result<Object> fallbackObject = m_graph.resolve(fallback);
                 if (!fallbackObject)
                     return fallbackObject.error();
                 if (!fallbackObject->isNil())
                     return readColor(*fallbackObject);
             }
-            Result<QString> name =
-                readString(plist_dict_get_item(object.node, "NSColorName"), "a colour name");
+            Result<QString> name = m_graph.readString(
+                plist_dict_get_item(object.node, "NSColorName"), "a colour name");
             if (!name)
                 return name.error();
             return namedColor(name.value());
@@ -503,15 +304,15 @@ public:
 
     Result<FontSpec> readFont(const Object& object)
     {
-        if (Status entered = enter(object); !entered)
+        if (Status entered = m_graph.enter(object); !entered)
             return entered.error();
-        const auto leave = qScopeGuard([this] { m_path.pop_back(); });
-        if (Status checked = expectClass(object, "NSFont", "a font"); !checked)
+        const auto leave = qScopeGuard([this] { m_graph.leave(); });
+        if (Status checked = m_graph.expectClass(object, "NSFont", "a font"); !checked)
             return checked.error();
 
         // A UIFont, read through its NSFont hint, has its name and size under UIKit's keys
         // as well as NSFont's; NSFont's come first, as macOS reads them.
-        Result<QString> name = readString(
+        Result<QString> name = m_graph.readString(
             plist_dict_get_item(object.node, presentKey(object.node, "NSName", "UIFontName")),
             "a font name");
         if (!name)
@@ -532,215 +333,7 @@ public:
     }
 
 private:
-    explicit ArchiveReader(PlistPtr plist) : m_plist(std::move(plist)) {}
-
-    Status readTop()
-    {
-        plist_t top = m_plist.get();
-        if (plist_get_node_type(top) != PLIST_DICT)
-            return archiveDamaged("it is not a keyed archive");
-        plist_t archiver = plist_dict_get_item(top, "$archiver");
-        if (archiver == nullptr || plist_get_node_type(archiver) != PLIST_STRING ||
-            stringValue(archiver) != QLatin1String("NSKeyedArchiver"))
-            return archiveDamaged("it is not a keyed archive");
-        plist_t version = plist_dict_get_item(top, "$version");
-        if (version == nullptr || integerValue(version) != qint64(kArchiveVersion))
-            return archiveDamaged("it has a keyed-archive version that cannot be read");
-        m_objects = plist_dict_get_item(top, "$objects");
-        if (m_objects == nullptr || plist_get_node_type(m_objects) != PLIST_ARRAY ||
-            plist_array_get_size(m_objects) == 0)
-            return archiveDamaged("it has no object table");
-        m_objectNodes = arrayItems(m_objects);
-        m_count = m_objectNodes.size();
-        plist_t topObjects = plist_dict_get_item(top, "$top");
-        if (topObjects == nullptr || plist_get_node_type(topObjects) != PLIST_DICT)
-            return archiveDamaged("it has no root object");
-        plist_t root = plist_dict_get_item(topObjects, "root");
-        if (root == nullptr)
-            return archiveDamaged("it has no root object");
-        Result<Object> resolved = resolve(root);
-        if (!resolved)
-            return resolved.error();
-        m_root = resolved.value();
-        return Done{};
-    }
-
-    // A list of class names in a class description; an absent list is empty.
-    static Result<QStringList> classNames(plist_t description, const char* key,
-                                          const char* malformed)
-    {
-        plist_t list = plist_dict_get_item(description, key);
-        if (list == nullptr)
-            return QStringList();
-        const Error error = archiveDamaged(
-            QStringLiteral("an object's class description has %1").arg(QLatin1String(malformed)));
-        if (plist_get_node_type(list) != PLIST_ARRAY)
-            return error;
-        QStringList names;
-        for (plist_t entry : arrayItems(list)) {
-            if (plist_get_node_type(entry) != PLIST_STRING)
-                return error;
-            names.append(stringValue(entry));
-        }
-        return names;
-    }
-
-    // Follows a UID reference into the object table.
-    Result<Object> resolve(plist_t reference) const
-    {
-        if (reference == nullptr || plist_get_node_type(reference) != PLIST_UID)
-            return archiveDamaged("a value that should refer to an object does not");
-        uint64_t uid = 0;
-        plist_get_uid_val(reference, &uid);
-        if (uid == 0)
-            return Object{};
-        if (uid >= m_count)
-            return archiveDamaged("it refers to an object that is not in its object table");
-        return Object{uid, m_objectNodes[uid]};
-    }
-
-    // Marks an object as being decoded; refuses one that is already being decoded
-    // further up (the archive refers to itself) and chains nested too deeply.
-    Status enter(const Object& object)
-    {
-        if (m_path.size() >= kMaxObjectDepth)
-            return archiveDamaged("its objects are nested too deeply");
-        if (std::find(m_path.begin(), m_path.end(), object.uid) != m_path.end())
-            return archiveDamaged("an object in it contains itself");
-        m_path.push_back(object.uid);
-        return Done{};
-    }
-
-    Status expectClass(const Object& object, const char* className, const char* description)
-    {
-        if (object.isNil() || plist_get_node_type(object.node) != PLIST_DICT)
-            return archiveDamaged(QStringLiteral("where it should hold %1, it holds something "
-                                                 "else")
-                                      .arg(QLatin1String(description)));
-        Result<ClassInfo> info = classOf(object);
-        if (!info)
-            return info.error();
-        if (!info->inherits(className))
-            return info->mismatch(
-                archiveDamaged(QStringLiteral("where it should hold %1, it holds an object of "
-                                              "class \u201c%2\u201d")
-                                   .arg(QLatin1String(description), info->name)));
-        return Done{};
-    }
-
-    // A string: a plain entry, or an NSString object (NSMutableString) that stores its
-    // characters inline, as a string or as UTF-8 bytes.
-    Result<QString> readString(plist_t reference, const char* what)
-    {
-        if (reference == nullptr)
-            return archiveDamaged(QStringLiteral("%1 is missing").arg(QLatin1String(what)));
-        Result<Object> object = resolve(reference);
-        if (!object)
-            return object.error();
-        if (object->isNil())
-            return archiveDamaged(QStringLiteral("%1 is missing").arg(QLatin1String(what)));
-        const plist_type type = plist_get_node_type(object->node);
-        if (type == PLIST_STRING)
-            return stringValue(object->node);
-        const Error notString =
-            archiveDamaged(QStringLiteral("%1 is not a string").arg(QLatin1String(what)));
-        if (type != PLIST_DICT)
-            return notString;
-        Result<ClassInfo> info = classOf(*object);
-        if (!info)
-            return info.error();
-        if (!info->inherits("NSString"))
-            return info->mismatch(notString);
-        plist_t inlineString = plist_dict_get_item(object->node, "NS.string");
-        if (inlineString != nullptr && plist_get_node_type(inlineString) == PLIST_STRING)
-            return stringValue(inlineString);
-        plist_t bytes = plist_dict_get_item(object->node, "NS.bytes");
-        if (bytes != nullptr && plist_get_node_type(bytes) == PLIST_DATA) {
-            QString value = QString::fromUtf8(dataValue(bytes));
-            value.replace(QChar(u'\0'), QChar(QChar::ReplacementCharacter));
-            return value;
-        }
-        return notString;
-    }
-
-    // The value that an object of a Foundation container class (or a subclass) keeps
-    // inline, such as the NS.data of an NSMutableData; `wrong` where there is none.
-    Result<plist_t> inlineValue(const Object& object, const char* className, const char* key,
-                                plist_type type, const Error& wrong)
-    {
-        if (object.isNil() || plist_get_node_type(object.node) != PLIST_DICT)
-            return wrong;
-        Result<ClassInfo> info = classOf(object);
-        if (!info)
-            return info.error();
-        if (!info->inherits(className))
-            return info->mismatch(wrong);
-        plist_t value = plist_dict_get_item(object.node, key);
-        if (value == nullptr || plist_get_node_type(value) != type)
-            return wrong;
-        return value;
-    }
-
-    // Bytes: a plain data entry, or an NSData object (NSMutableData) with NS.data.
-    Result<QByteArray> readData(const Object& object, const char* what)
-    {
-        if (plist_get_node_type(object.node) == PLIST_DATA)
-            return dataValue(object.node);
-        Result<plist_t> bytes =
-            inlineValue(object, "NSData", "NS.data", PLIST_DATA,
-                        archiveDamaged(QStringLiteral("%1 is not data").arg(QLatin1String(what))));
-        if (!bytes)
-            return bytes.error();
-        return dataValue(bytes.value());
-    }
-
-    // The references held by an NSArray (NSMutableArray) object, each checked to lead
-    // into the object table. They are kept as references, eight bytes each, rather
-    // than resolved: an array may be millions long.
-    Result<std::vector<plist_t>> readArray(const Object& object, const char* what)
-    {
-        Result<plist_t> items = inlineValue(
-            object, "NSArray", "NS.objects", PLIST_ARRAY,
-            archiveDamaged(QStringLiteral("its %1 are not a list").arg(QLatin1String(what))));
-        if (!items)
-            return items.error();
-        std::vector<plist_t> references = arrayItems(items.value());
-        for (plist_t reference : references) {
-            if (Result<Object> element = resolve(reference); !element)
-                return element.error();
-        }
-        return references;
-    }
-
-    Result<std::optional<double>> realFor(plist_t dict, const char* key)
-    {
-        plist_t node = plist_dict_get_item(dict, key);
-        if (node == nullptr)
-            return std::optional<double>();
-        const std::optional<double> value = numberValue(node);
-        if (!value)
-            return archiveDamaged(QStringLiteral("its value for \u201c%1\u201d is not a number")
-                                      .arg(QLatin1String(key)));
-        return value;
-    }
-
-    Result<std::optional<qint64>> integerFor(plist_t dict, const char* key)
-    {
-        plist_t node = plist_dict_get_item(dict, key);
-        if (node == nullptr)
-            return std::optional<qint64>();
-        const std::optional<qint64> value = integerValue(node);
-        if (!value)
-            return archiveDamaged(QStringLiteral("its value for \u201c%1\u201d is not an integer")
-                                      .arg(QLatin1String(key)));
-        return value;
-    }
-
-    // The first of two keys that the dictionary has, else the second.
-    static const char* presentKey(plist_t dict, const char* first, const char* second)
-    {
-        return plist_dict_get_item(dict, first) != nullptr ? first : second;
-    }
+    explicit ArchiveReader(ArchiveObjectGraph graph) : m_graph(std::move(graph)) {}
 
     // The colour of a UIColor (read through its NSColor hint) from UIKit's own keys: a
     // component count, then red, green, blue and alpha in sRGB, or a grey level and
@@ -795,10 +388,11 @@ private:
     {
         if (object.isNil())
             return ComponentSpace::Srgb;
-        if (Status entered = enter(object); !entered)
+        if (Status entered = m_graph.enter(object); !entered)
             return entered.error();
-        const auto leave = qScopeGuard([this] { m_path.pop_back(); });
-        if (Status checked = expectClass(object, "NSColorSpace", "a colour space"); !checked)
+        const auto leave = qScopeGuard([this] { m_graph.leave(); });
+        if (Status checked = m_graph.expectClass(object, "NSColorSpace", "a colour space");
+            !checked)
             return checked.error();
 
         Result<std::optional<qint64>> spaceId = integerFor(object.node, "NSSpaceID");
@@ -823,11 +417,11 @@ private:
             return **id == 1 ? ComponentSpace::GenericRgb : ComponentSpace::Srgb;
         // A space known only by its profile.
         if (plist_t iccKey = plist_dict_get_item(object.node, "NSICC")) {
-            Result<Object> icc = resolve(iccKey);
+            Result<Object> icc = m_graph.resolve(iccKey);
             if (!icc)
                 return icc.error();
             if (!icc->isNil()) {
-                Result<QByteArray> profile = readData(*icc, "a colour profile");
+                Result<QByteArray> profile = m_graph.readData(*icc, "a colour profile");
                 if (!profile)
                     return profile.error();
                 if (isDisplayP3Profile(profile.value()))
@@ -869,10 +463,11 @@ private:
 
     Result<ParagraphStyle> readParagraphStyle(const Object& object)
     {
-        if (Status entered = enter(object); !entered)
+        if (Status entered = m_graph.enter(object); !entered)
             return entered.error();
-        const auto leave = qScopeGuard([this] { m_path.pop_back(); });
-        if (Status checked = expectClass(object, "NSParagraphStyle", "a paragraph style"); !checked)
+        const auto leave = qScopeGuard([this] { m_graph.leave(); });
+        if (Status checked = m_graph.expectClass(object, "NSParagraphStyle", "a paragraph style");
+            !checked)
             return checked.error();
 
         ParagraphStyle style;
@@ -909,7 +504,7 @@ private:
     // An underline or strikethrough style: an NSNumber entry.
     Result<int> readLineStyle(plist_t reference, const char* what)
     {
-        Result<Object> object = resolve(reference);
+        Result<Object> object = m_graph.resolve(reference);
         if (!object)
             return object.error();
         if (object->isNil())
@@ -932,10 +527,10 @@ private:
             return &kNoAttributes;
         if (const auto known = m_attributes.find(object.uid); known != m_attributes.end())
             return &known->second;
-        if (Status entered = enter(object); !entered)
+        if (Status entered = m_graph.enter(object); !entered)
             return entered.error();
-        const auto leave = qScopeGuard([this] { m_path.pop_back(); });
-        if (Status checked = expectClass(object, "NSDictionary", "an attribute dictionary");
+        const auto leave = qScopeGuard([this] { m_graph.leave(); });
+        if (Status checked = m_graph.expectClass(object, "NSDictionary", "an attribute dictionary");
             !checked)
             return checked.error();
 
@@ -953,13 +548,13 @@ private:
         const std::vector<plist_t> keyItems = empty ? std::vector<plist_t>() : arrayItems(keys);
         const std::vector<plist_t> valueItems = empty ? std::vector<plist_t>() : arrayItems(values);
         for (std::size_t i = 0; i < keyItems.size(); ++i) {
-            Result<QString> key = readString(keyItems[i], "the name of an attribute");
+            Result<QString> key = m_graph.readString(keyItems[i], "the name of an attribute");
             if (!key)
                 return key.error();
             plist_t value = valueItems[i];
             const QString& name = key.value();
             if (name == QLatin1String("NSFont")) {
-                Result<Object> font = resolve(value);
+                Result<Object> font = m_graph.resolve(value);
                 if (!font)
                     return font.error();
                 if (font->isNil())
@@ -970,7 +565,7 @@ private:
                 attributes.font = std::move(face).value();
             } else if (name == QLatin1String("NSColor") ||
                        name == QLatin1String("NSBackgroundColor")) {
-                Result<Object> color = resolve(value);
+                Result<Object> color = m_graph.resolve(value);
                 if (!color)
                     return color.error();
                 if (color->isNil())
@@ -981,7 +576,7 @@ private:
                 (name == QLatin1String("NSColor") ? attributes.foreground : attributes.background) =
                     rgba.value();
             } else if (name == QLatin1String("NSParagraphStyle")) {
-                Result<Object> paragraph = resolve(value);
+                Result<Object> paragraph = m_graph.resolve(value);
                 if (!paragraph)
                     return paragraph.error();
                 if (paragraph->isNil())
@@ -1005,13 +600,7 @@ private:
         return &m_attributes.emplace(object.uid, std::move(attributes)).first->second;
     }
 
-    PlistPtr m_plist;
-    plist_t m_objects = nullptr;
-    std::vector<plist_t> m_objectNodes; // the items of m_objects, by UID
-    quint64 m_count = 0;
-    Object m_root;
-    std::vector<quint64> m_path;
-    std::map<quint64, ClassInfo> m_classes;
+    ArchiveObjectGraph m_graph;
     std::map<quint64, TextAttributes> m_attributes;
 };
 
