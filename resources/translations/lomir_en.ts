@@ -200,10 +200,6 @@ was not understood.
         <translation>Cannot open “%1”: %2.</translation>
     </message>
     <message>
-        <source>Cannot read “%1”: %2.</source>
-        <translation>Cannot read “%1”: %2.</translation>
-    </message>
-    <message>
         <source>Cannot read “%1”: %2</source>
         <translation>Cannot read “%1”: %2</translation>
     </message>
@@ -378,6 +374,17 @@ was not understood.
     <message>
         <source>Cannot lock the folder “%1”.</source>
         <translation>Cannot lock the folder “%1”.</translation>
+    </message>
+</context>
+<context>
+    <name>RtfReader</name>
+    <message>
+        <source>The RTF document nests its groups more than %1 deep, which no word processor does; it is probably damaged.</source>
+        <translation>The RTF document nests its groups more than %1 deep, which no word processor does; it is probably damaged.</translation>
+    </message>
+    <message>
+        <source>The file is not in Rich Text Format: RTF files begin with “{\rtf”. Open it as plain text instead.</source>
+        <translation>The file is not in Rich Text Format: RTF files begin with “{\rtf”. Open it as plain text instead.</translation>
     </message>
 </context>
 <context>

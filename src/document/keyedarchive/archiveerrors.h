@@ -18,18 +18,19 @@ struct KeyedArchiveTexts
 };
 
 // "The archive is damaged: <detail>." for anything that makes the archive unreadable.
-// The detail is already translated.
+// The frame is translated; the detail, which says where in the archive's structure the
+// damage lies (in terms a translator would need the archive format to follow), is
+// passed as it is given.
 inline Error archiveDamaged(const QString& detail)
 {
     return Error{QString(kCocoaErrorDomain), kArchiveReadCorruptError,
                  KeyedArchiveTexts::tr("The archive is damaged: %1.").arg(detail)};
 }
 
-// The same for a fixed detail, which is translated here; callers mark it with
-// QT_TRANSLATE_NOOP("KeyedArchive", ...) so that it is offered for translation.
+// The same for a fixed detail.
 inline Error archiveDamaged(const char* detail)
 {
-    return archiveDamaged(KeyedArchiveTexts::tr(detail));
+    return archiveDamaged(QString::fromUtf8(detail));
 }
 
 // For a well-formed archive that holds an object of a class the reader does not know,

@@ -104,7 +104,7 @@ bool isDisplayP3Profile(const QByteArray& profile)
 }
 
 // Catalog colours of the "System" list that text uses, as they look on a light
-// background. Other names fall back to black, the text system's default colour.
+// background. Other names fall back to black, the default colour of text.
 Rgba namedColor(const QString& name)
 {
     static const char* const kWhite[] = {

@@ -77,8 +77,8 @@ inline constexpr int ByWord = 0x8000;
 } // namespace LineStyle
 
 // Everything one run of characters is formatted with. An attribute that is absent
-// takes the text system's default: Helvetica 12, black, no background, natural
-// alignment.
+// takes a label's default: Helvetica 12, black, no background, natural alignment, as
+// documents written on macOS assume.
 struct TextAttributes
 {
     std::optional<FontSpec> font;
@@ -149,7 +149,7 @@ public:
 
     // Replaces a range with plain characters. They take the attributes of the first
     // replaced character; when nothing is replaced, those of the character before
-    // (or after, at the start), as the text system does for typing.
+    // (or after, at the start), as typed text takes the formatting around it.
     void replace(int location, int length, const QString& text);
     // Replaces a range with rich text, keeping its attributes.
     void replace(int location, int length, const RichText& text);

@@ -4,6 +4,7 @@
 #include "document/rtf/rtfcontrolwords.h"
 #include "document/rtf/rtftokenizer.h"
 
+#include <QCoreApplication>
 #include <QString>
 #include <algorithm>
 #include <array>
@@ -24,8 +25,6 @@ using rtf::lookUpWord;
 using rtf::Token;
 using rtf::Tokenizer;
 using rtf::Word;
-
-constexpr auto kErrorDomain = "LomirRtfErrorDomain";
 
 // Real documents nest a few dozen groups at most; deeper nesting is damage or an
 // attack, and each open group costs a saved formatting state.
@@ -303,9 +302,10 @@ Status RtfReader::handleToken(const Token& token)
 Status RtfReader::startGroup()
 {
     if (m_stack.size() >= std::size_t(kMaxGroupDepth)) {
-        return Error{QLatin1String(kErrorDomain), kRtfMalformed,
-                     QStringLiteral("The RTF document nests its groups more than %1 deep, "
-                                    "which no word processor does; it is probably damaged.")
+        return Error{QString(kRtfErrorDomain), kRtfMalformed,
+                     QCoreApplication::translate(
+                         "RtfReader", "The RTF document nests its groups more than %1 deep, "
+                                      "which no word processor does; it is probably damaged.")
                          .arg(kMaxGroupDepth)};
     }
     if (m_stack.empty())
@@ -948,8 +948,9 @@ void RtfReader::closeParagraph(const ParagraphFormat& format)
     style.paragraphSpacing = format.spaceAfter / kTwipsPerPoint;
     style.headIndent = format.leftIndent / kTwipsPerPoint;
     style.firstLineHeadIndent = (format.leftIndent + format.firstLineIndent) / kTwipsPerPoint;
-    // The text system measures a right indent from the trailing margin as a negative
-    // tail indent; RTF has no way to write a positive one.
+    // A label's paragraph keeps a right indent as a negative tail indent, measured from
+    // the trailing margin (as documents from macOS store it); RTF has no way to write a
+    // positive one.
     style.tailIndent = format.rightIndent > 0 ? -format.rightIndent / kTwipsPerPoint : 0.0;
     style.lineSpacing = format.leading / kTwipsPerPoint;
     if (format.lineHeightIsMultiple && format.lineHeight > 0)
@@ -1037,7 +1038,7 @@ FontSpec RtfReader::fontFor(int index)
     if (found != m_fonts.end())
         name = found->second.name;
     if (name.isEmpty())
-        name = QStringLiteral("Helvetica"); // the text system's default face
+        name = QStringLiteral("Helvetica"); // a label's default face
     FontSpec font;
     // Cocoa names a face by its PostScript name, which has no spaces; Word and
     // LibreOffice name the family ("Times New Roman") and set \b and \i.
@@ -1120,9 +1121,10 @@ Result<RichText> readRtf(const QByteArray& rtf)
     const std::string_view data(rtf.constData(), std::size_t(rtf.size()));
     const std::optional<std::size_t> start = rtfStart(data);
     if (!start) {
-        return Error{QLatin1String(kErrorDomain), kRtfNotRtf,
-                     QStringLiteral("The file is not in Rich Text Format: RTF files begin with "
-                                    "\u201C{\\rtf\u201D. Open it as plain text instead.")};
+        return Error{QString(kRtfErrorDomain), kRtfNotRtf,
+                     QCoreApplication::translate(
+                         "RtfReader", "The file is not in Rich Text Format: RTF files begin with "
+                                      "\u201C{\\rtf\u201D. Open it as plain text instead.")};
     }
     RtfReader reader(data.substr(*start));
     return reader.read();

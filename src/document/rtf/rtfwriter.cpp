@@ -15,8 +15,8 @@ namespace {
 // Apple's reader reads \sa and \sb the Cocoa way only when the word is there.
 constexpr int kCocoaRtfVersion = 2822;
 
-// What the text system writes for a paragraph without tab stops of its own: twelve
-// stops every 28 points.
+// The tab stops written for a paragraph without tab stops of its own, as TextEdit writes
+// them: twelve stops every 28 points.
 constexpr auto kDefaultTabStops =
     "\\tx560\\tx1120\\tx1680\\tx2240\\tx2800\\tx3360\\tx3920\\tx4480\\tx5040\\tx5600\\tx6160"
     "\\tx6720";
