@@ -1,7 +1,9 @@
 #include "document/documentformats.h"
 #include "document/documentlimits.h"
 #include "support/filecases.h"
+#include "support/files.h"
 #include "support/lomirprocess.h"
+#include "support/sanitizers.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -15,25 +17,16 @@
 #include <unistd.h>
 
 using namespace lomir;
+using testing::kAddressSanitizer;
 using testing::oneLine;
+using testing::readFile;
 using testing::Run;
 using testing::runLomir;
+using testing::writeFile;
 
 namespace {
 
 // A build with AddressSanitizer reserves terabytes of address space at start.
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool kAddressSanitizer = true;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-constexpr bool kAddressSanitizer = true;
-#else
-constexpr bool kAddressSanitizer = false;
-#endif
-#else
-constexpr bool kAddressSanitizer = false;
-#endif
-
 // Runs a command that might block or read without end: it is stopped after ten
 // seconds, and its address space is capped at a gigabyte so that it fails fast
 // instead of taking the machine's memory.
@@ -59,19 +52,6 @@ RichText label()
     RichText text(QStringLiteral("Fig 🍯 "), bold);
     text.append(QStringLiteral("#\u200D#\u200D"), TextAttributes{});
     return text;
-}
-
-void writeFile(const QString& path, const QByteArray& data)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(data);
-}
-
-QByteArray readFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 // Runs a command as the user "nobody" when the test runs as root, so that file
@@ -108,8 +88,8 @@ private Q_SLOTS:
         record.quantity = QStringLiteral("30");
         record.serialStartFrom.reset();
         record.frameWidth = 60.5;
-        writeFile(path(QStringLiteral("label.lomir")),
-                  dataOfType(record, QString(kLomirDocumentType)).value());
+        QVERIFY(writeFile(path(QStringLiteral("label.lomir")),
+                          dataOfType(record, QString(kLomirDocumentType)).value()));
     }
 
     void version()
@@ -215,7 +195,7 @@ private Q_SLOTS:
     void damagedDocumentIsReportedAndNothingIsWritten()
     {
         const QString damaged = path(QStringLiteral("damaged.lomir"));
-        writeFile(damaged, R"({"labelText":"AAAA","quantity":"1"})");
+        QVERIFY(writeFile(damaged, R"({"labelText":"AAAA","quantity":"1"})"));
         const QString output = path(QStringLiteral("never.txt"));
         const Run run = runLomir({QStringLiteral("convert"), damaged, output});
         QCOMPARE(run.exitCode, 1);
@@ -227,7 +207,7 @@ private Q_SLOTS:
     {
         const QString text(kMaxLabelTextLength, QChar(0x20AC));
         const QString input = path(QStringLiteral("longest.txt"));
-        writeFile(input, text.toUtf8());
+        QVERIFY(writeFile(input, text.toUtf8()));
         const QString lomir = path(QStringLiteral("longest.lomir"));
         const QString rtf = path(QStringLiteral("longest.rtf"));
         const QString back = path(QStringLiteral("longest-back.txt"));
@@ -245,9 +225,9 @@ private Q_SLOTS:
     void aTextLongerThanALabelHoldsIsNotConverted()
     {
         const QString input = path(QStringLiteral("too-long.txt"));
-        writeFile(input, QByteArray(kMaxLabelTextLength + 1, 'x'));
+        QVERIFY(writeFile(input, QByteArray(kMaxLabelTextLength + 1, 'x')));
         const QString output = path(QStringLiteral("kept.lomir"));
-        writeFile(output, "the file already there");
+        QVERIFY(writeFile(output, "the file already there"));
         const Run run = runLomir({QStringLiteral("convert"), input, output});
         QCOMPARE(run.exitCode, 1);
         QCOMPARE(oneLine(run),
@@ -262,7 +242,7 @@ private Q_SLOTS:
     {
         // Twenty megabytes of text once made a document that nothing could open again.
         const QString input = path(QStringLiteral("twenty.txt"));
-        writeFile(input, QByteArray(20 * 1024 * 1024, 'x'));
+        QVERIFY(writeFile(input, QByteArray(20 * 1024 * 1024, 'x')));
         const QString output = path(QStringLiteral("twenty.lomir"));
         const Run converted = runLomir({QStringLiteral("convert"), input, output});
         if (converted.exitCode == 0) {
@@ -325,9 +305,9 @@ private Q_SLOTS:
         if (!disk.isMounted())
             QSKIP(qPrintable(disk.whyNot()));
         const QString input = path(QStringLiteral("large.txt"));
-        writeFile(input, QByteArray(100'000, 'x'));
+        QVERIFY(writeFile(input, QByteArray(100'000, 'x')));
         const QString output = disk.filePath(QStringLiteral("label.txt"));
-        writeFile(output, "the label before");
+        QVERIFY(writeFile(output, "the label before"));
         const Run run = runLomir({QStringLiteral("convert"), input, output});
         QCOMPARE(run.exitCode, 1);
         QCOMPARE(oneLine(run), QStringLiteral("Cannot write “%1”: the disk is full.").arg(output));
@@ -342,7 +322,7 @@ private Q_SLOTS:
         if (!disk.isMounted())
             QSKIP(qPrintable(disk.whyNot()));
         const QString output = disk.filePath(QStringLiteral("label.rtf"));
-        writeFile(output, "the label before");
+        QVERIFY(writeFile(output, "the label before"));
         QVERIFY(disk.makeReadOnly());
         const Run run =
             runLomir({QStringLiteral("convert"), path(QStringLiteral("label.lomir")), output});
@@ -355,7 +335,7 @@ private Q_SLOTS:
     void textThatIsNotUtf8IsReported()
     {
         const QString latin1 = path(QStringLiteral("latin1.txt"));
-        writeFile(latin1, "caf\xE9");
+        QVERIFY(writeFile(latin1, "caf\xE9"));
         const Run run =
             runLomir({QStringLiteral("convert"), latin1, path(QStringLiteral("x.rtf"))});
         QCOMPARE(run.exitCode, 1);

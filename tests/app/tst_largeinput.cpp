@@ -4,7 +4,9 @@
 
 #include "document/documentformats.h"
 #include "document/documentlimits.h"
+#include "support/files.h"
 #include "support/manyruns.h"
+#include "support/sanitizers.h"
 
 #include <QDir>
 #include <QProcess>
@@ -17,31 +19,12 @@ using namespace lomir::testing;
 
 namespace {
 
-// AddressSanitizer's shadow memory and quarantine would count as the program's own.
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool kMemoryIsMeasurable = false;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(memory_sanitizer)
-constexpr bool kMemoryIsMeasurable = false;
-#else
-constexpr bool kMemoryIsMeasurable = true;
-#endif
-#else
-constexpr bool kMemoryIsMeasurable = true;
-#endif
-
 // Enough runs that the memory they take stands out from the program's own.
 constexpr qint64 kManyRuns = 300000;
 
 QString lomirProgram()
 {
     return QStringLiteral(LOMIR_BINARY);
-}
-
-bool writeBytes(const QString& path, const QByteArray& data)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size();
 }
 
 // The arguments that make a shell run a command with its address space limited.
@@ -72,13 +55,13 @@ private Q_SLOTS:
         QVERIFY(writeDocumentWithRuns(kManyRuns, path(QStringLiteral("runs.rtf"))));
         // Plain text of two-byte characters, which become one UTF-16 unit each: the
         // longest text a label holds.
-        QVERIFY(writeBytes(path(QStringLiteral("long.txt")),
-                           QString(kMaxLabelTextLength, QChar(u'é')).toUtf8()));
+        QVERIFY(writeFile(path(QStringLiteral("long.txt")),
+                          QString(kMaxLabelTextLength, QChar(u'é')).toUtf8()));
         // A document with a member the record does not know, holding a million objects.
         QByteArray unknown = dataOfType(Content(), QString(kLomirDocumentType)).value();
         unknown.chop(1);
         unknown += ",\"extra\":[" + QByteArray("{},").repeated(999'999) + "{}]}";
-        QVERIFY(writeBytes(path(QStringLiteral("unknown.lomir")), unknown));
+        QVERIFY(writeFile(path(QStringLiteral("unknown.lomir")), unknown));
         // What the program takes before it reads anything.
         const std::optional<MeasuredRun> base =
             runMeasured(lomirProgram(), {QStringLiteral("--help")});
@@ -118,7 +101,7 @@ private Q_SLOTS:
 
     void readingStaysWithinAMultipleOfTheFile()
     {
-        if (!kMemoryIsMeasurable)
+        if (kAddressSanitizer)
             QSKIP("Memory is measured in builds without AddressSanitizer.");
         QFETCH(QStringList, arguments);
         QFETCH(QString, input);
@@ -161,7 +144,7 @@ private Q_SLOTS:
         record.frameHeight = -0.0;
         record.quantity = QStringLiteral("\u0007\u001f");
         const QString file = dir.filePath(QStringLiteral("odd.lomir"));
-        QVERIFY(writeBytes(file, dataOfType(record, QString(kLomirDocumentType)).value()));
+        QVERIFY(writeFile(file, dataOfType(record, QString(kLomirDocumentType)).value()));
 
         QProcess process;
         process.start(lomirProgram(), {QStringLiteral("inspect"), file});

@@ -5,6 +5,7 @@
 // tests and the document benchmark share them.
 
 #include "document/documentformats.h"
+#include "support/files.h"
 
 #include <QByteArray>
 #include <QFile>
@@ -47,8 +48,7 @@ inline bool writeDocumentWithRuns(qint64 runs, const QString& path)
     Content record;
     record.labelText = AttributedString(textWithRuns(runs));
     const Result<QByteArray> data = dataOfType(record, type);
-    QFile file(path);
-    return data && file.open(QIODevice::WriteOnly) && file.write(*data) == data->size();
+    return data && writeFile(path, *data);
 }
 
 struct MeasuredRun

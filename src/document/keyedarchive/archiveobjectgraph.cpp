@@ -5,6 +5,7 @@
 #include "document/keyedarchive/archiveobjectgraph.h"
 
 #include "document/keyedarchive/archiveerrors.h"
+#include "document/keyedarchive/keyedarchive.h"
 
 #include <QScopeGuard>
 #include <algorithm>
@@ -14,8 +15,6 @@
 namespace lomir::archive {
 
 namespace {
-
-constexpr quint64 kArchiveVersion = 100000;
 
 // Objects decoded inside one another: an attributed string, its attribute array and
 // dictionary, a colour and its colour space are five; catalog colours add one level per
@@ -209,7 +208,7 @@ Status ArchiveObjectGraph::readTop()
         stringValue(archiver) != QLatin1String("NSKeyedArchiver"))
         return archiveDamaged("it is not a keyed archive");
     plist_t version = plist_dict_get_item(top, "$version");
-    if (version == nullptr || integerValue(version) != qint64(kArchiveVersion))
+    if (version == nullptr || integerValue(version) != qint64(kKeyedArchiveVersion))
         return archiveDamaged("it has a keyed-archive version that cannot be read");
     m_objects = plist_dict_get_item(top, "$objects");
     if (m_objects == nullptr || plist_get_node_type(m_objects) != PLIST_ARRAY ||

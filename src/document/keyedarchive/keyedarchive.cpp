@@ -31,7 +31,6 @@ namespace {
 
 constexpr quint64 kNullUid = 0;
 constexpr quint64 kRootUid = 1;
-constexpr quint64 kArchiveVersion = 100000;
 
 // macOS writes 16 for every ordinary named font; the flag marks a font without a
 // matrix of its own.
@@ -132,7 +131,7 @@ private:
     QByteArray finish(quint64 root)
     {
         PlistPtr top(plist_new_dict());
-        plist_dict_set_item(top.get(), "$version", plist_new_uint(kArchiveVersion));
+        plist_dict_set_item(top.get(), "$version", plist_new_uint(kKeyedArchiveVersion));
         plist_dict_set_item(top.get(), "$archiver", plist_new_string("NSKeyedArchiver"));
         plist_t topObjects = plist_new_dict();
         plist_dict_set_item(topObjects, "root", plist_new_uid(root));

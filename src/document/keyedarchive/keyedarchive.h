@@ -8,6 +8,9 @@
 
 namespace lomir {
 
+// The keyed-archive format version ("$version") that macOS writes and reads.
+inline constexpr quint64 kKeyedArchiveVersion = 100000;
+
 // The binary property list of a keyed archive (NSKeyedArchiver) whose root is an
 // NSAttributedString holding the text, as macOS's secure unarchiver accepts it.
 QByteArray archiveRichText(const RichText& text);
