@@ -11,7 +11,7 @@
 // The runs alternate between two attribute sets (a bold heading face and a red body
 // face), one character each, so that no two runs merge.
 
-#include "document/documentformats.h"
+#include "core/document/documentformats.h"
 #include "support/manyruns.h"
 
 #include <QCoreApplication>

@@ -6,17 +6,18 @@
 //   preview=ours|stock labels=N pages=P open_s=T paging_s=S peak_rss_mb_before=A
 //   peak_rss_mb_open=B peak_rss_mb=C
 
-#include "app/cascadingwindowcontroller.h"
-#include "app/printcontroller.h"
-#include "app/printpreview.h"
-#include "app/scene.h"
-#include "document/content.h"
-#include "document/document.h"
-#include "editor/mainviewcontroller.h"
-#include "layout/printjob.h"
-#include "layout/printroutine.h"
-#include "layout/serialnumber.h"
-#include "layout/tilingtextview.h"
+#include "core/document/content.h"
+#include "core/document/document.h"
+#include "core/layout/serialnumber.h"
+#include "core/layout/tilingtextview.h"
+#include "core/printing/pageloop.h"
+#include "core/printing/paper.h"
+#include "core/printing/printroutine.h"
+#include "gui/app/cascadingwindowcontroller.h"
+#include "gui/app/scene.h"
+#include "gui/editor/mainviewcontroller.h"
+#include "gui/printing/printcontroller.h"
+#include "gui/printing/printpreview.h"
 #include "processusage.h"
 
 #include <QApplication>

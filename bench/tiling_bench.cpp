@@ -3,14 +3,15 @@
 // on stdout is the result:
 //   labels=N pages=P seconds=T labels_per_s=R peak_rss_mb=M
 
-#include "document/richtext/richtext.h"
-#include "layout/labeltextlayout.h"
-#include "layout/measurement.h"
-#include "layout/printjob.h"
-#include "layout/printplan.h"
-#include "layout/serialnumber.h"
-#include "layout/sheetgeometry.h"
-#include "layout/tilingtextview.h"
+#include "core/document/richtext/richtext.h"
+#include "core/layout/labeltextlayout.h"
+#include "core/layout/measurement.h"
+#include "core/layout/serialnumber.h"
+#include "core/layout/sheetgeometry.h"
+#include "core/layout/tilingtextview.h"
+#include "core/printing/pageloop.h"
+#include "core/printing/paper.h"
+#include "core/printing/printplan.h"
 #include "processusage.h"
 
 #include <QDir>

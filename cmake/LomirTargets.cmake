@@ -2,15 +2,18 @@
 
 # lomir_public_headers(TARGET HEADER...)
 # Links each header (a path relative to the current source folder) into a folder of the
-# build tree at the same relative path and puts that folder on the target's public
-# include path. Code that links the target reaches these headers and no others.
+# build tree at its path from LOMIR_SOURCE_ROOT ("core/base/result.h") and puts that
+# folder on the target's public include path. Code that links the target reaches these
+# headers and no others.
 function(lomir_public_headers target)
   set(include_dir ${CMAKE_CURRENT_BINARY_DIR}/include/${target})
+  file(RELATIVE_PATH prefix ${LOMIR_SOURCE_ROOT} ${CMAKE_CURRENT_SOURCE_DIR})
   file(REMOVE_RECURSE ${include_dir})
   foreach(header IN LISTS ARGN)
-    get_filename_component(folder ${include_dir}/${header} DIRECTORY)
+    set(link ${include_dir}/${prefix}/${header})
+    get_filename_component(folder ${link} DIRECTORY)
     file(MAKE_DIRECTORY ${folder})
-    file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR}/${header} ${include_dir}/${header} SYMBOLIC)
+    file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR}/${header} ${link} SYMBOLIC)
   endforeach()
   target_include_directories(${target} PUBLIC ${include_dir})
 endfunction()
@@ -22,7 +25,7 @@ function(lomir_add_library target)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;PUBLIC_HEADERS;PRIVATE_HEADERS")
   add_library(${target} STATIC ${arg_SOURCES} ${arg_PUBLIC_HEADERS} ${arg_PRIVATE_HEADERS})
   lomir_public_headers(${target} ${arg_PUBLIC_HEADERS})
-  target_include_directories(${target} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+  target_include_directories(${target} PRIVATE ${LOMIR_SOURCE_ROOT})
   target_link_libraries(${target} PRIVATE lomir_warnings)
 endfunction()
 

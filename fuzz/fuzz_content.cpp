@@ -1,6 +1,6 @@
 // Fuzz target for the document record reader: any bytes either fail cleanly or give
 // a record that writes and reads back to the same bytes.
-#include "document/content.h"
+#include "core/document/content.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 // Fuzz target for the keyed-archive reader. Whatever the bytes, reading must come back
 // with a value or a whole-sentence error; a text that was read must archive and read
 // back to an equal text. The standalone colour and font readers get the same bytes.
-#include "document/keyedarchive/keyedarchive.h"
+#include "core/document/keyedarchive/keyedarchive.h"
 
 #include <cstddef>
 #include <cstdint>

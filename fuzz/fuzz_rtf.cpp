@@ -1,6 +1,6 @@
 // Reads arbitrary bytes as RTF. Whatever reads must write as 7-bit ASCII RTF that reads
 // back to exactly the same rich text: the writer covers everything the reader keeps.
-#include "document/rtf/rtf.h"
+#include "core/document/rtf/rtf.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,10 +1,10 @@
-#include "app/commandline.h"
+#include "program/commandline.h"
 
-#include "app/printcommand.h"
-#include "app/printoptions.h"
-#include "base/errors.h"
-#include "document/documentfile.h"
-#include "document/documentformats.h"
+#include "core/app/printoptions.h"
+#include "core/base/errors.h"
+#include "core/document/documentfile.h"
+#include "core/document/documentformats.h"
+#include "gui/app/printcommand.h"
 
 #include <QCoreApplication>
 #include <QStringDecoder>

@@ -1,6 +1,6 @@
-#include "app/appdelegate.h"
-#include "app/commandline.h"
-#include "editor/translations.h"
+#include "core/app/translations.h"
+#include "gui/app/appdelegate.h"
+#include "program/commandline.h"
 
 #include <QApplication>
 #include <QTextStream>

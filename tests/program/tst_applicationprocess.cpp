@@ -1,7 +1,7 @@
 // The application as a user meets it: build/lomir started as a real process on a
 // virtual display of the test's own, typed into with xdotool, killed and started again.
 
-#include "document/content.h"
+#include "core/document/content.h"
 #include "support/files.h"
 #include "support/virtualdisplay.h"
 

@@ -1,5 +1,5 @@
-#include "document/documentformats.h"
-#include "document/documentlimits.h"
+#include "core/base/documentlimits.h"
+#include "core/document/documentformats.h"
 #include "support/filecases.h"
 #include "support/files.h"
 #include "support/lomirprocess.h"

@@ -2,8 +2,8 @@
 // size (kReadMemoryFactor), and running out of memory all the same is reported in a
 // sentence rather than an abort.
 
-#include "document/documentformats.h"
-#include "document/documentlimits.h"
+#include "core/base/documentlimits.h"
+#include "core/document/documentformats.h"
 #include "support/files.h"
 #include "support/manyruns.h"
 #include "support/sanitizers.h"

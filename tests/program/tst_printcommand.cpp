@@ -1,10 +1,10 @@
 // `lomir print` as a user runs it: the PDF it writes is read back with pdftotext and
 // pdfinfo, and every copy must stand where the sheet's geometry puts it, with its number.
 
-#include "document/content.h"
-#include "document/documentfile.h"
-#include "document/documentformats.h"
-#include "layout/measurement.h"
+#include "core/document/content.h"
+#include "core/document/documentfile.h"
+#include "core/document/documentformats.h"
+#include "core/layout/measurement.h"
 #include "support/files.h"
 #include "support/labelfonts.h"
 #include "support/lomirprocess.h"

@@ -3,7 +3,7 @@
 // Keyed archives built by hand, for shapes our writer never makes: other root classes,
 // nil roots, odd colour forms, broken run tables, archives written by UIKit.
 
-#include "document/keyedarchive/propertylist.h"
+#include "core/document/keyedarchive/propertylist.h"
 
 #include <QByteArray>
 #include <QtGlobal>

@@ -2,9 +2,9 @@
 
 // Helpers for widget tests of the application's windows.
 
-#include "app/appdelegate.h"
-#include "app/cascadingwindowcontroller.h"
-#include "document/documentcontroller.h"
+#include "core/document/documentcontroller.h"
+#include "gui/app/appdelegate.h"
+#include "gui/app/cascadingwindowcontroller.h"
 
 #include <QApplication>
 #include <QCoreApplication>

@@ -4,15 +4,15 @@
 // file, shown and active, the editor's warnings recorded instead of shown; and the ways a
 // user works the editor's controls.
 
-#include "app/cascadingwindowcontroller.h"
-#include "app/scene.h"
-#include "document/content.h"
-#include "document/document.h"
-#include "editor/centeredclipview.h"
-#include "editor/editoralerts.h"
-#include "editor/labelsize.h"
-#include "editor/mainviewcontroller.h"
-#include "editor/zoomslider.h"
+#include "core/document/content.h"
+#include "core/document/document.h"
+#include "core/label/labelsize.h"
+#include "gui/app/cascadingwindowcontroller.h"
+#include "gui/app/scene.h"
+#include "gui/editor/centeredclipview.h"
+#include "gui/editor/editoralerts.h"
+#include "gui/editor/mainviewcontroller.h"
+#include "gui/editor/zoomslider.h"
 
 #include <QAbstractItemView>
 #include <QComboBox>

@@ -3,8 +3,8 @@
 // The label as images: the editor's label rendered as the screen shows it, and the ways
 // two images of a label are compared.
 
-#include "editor/centeredclipview.h"
-#include "editor/labelcell.h"
+#include "gui/editor/centeredclipview.h"
+#include "gui/editor/labelcell.h"
 #include "support/labelfonts.h"
 
 #include <QGraphicsScene>

@@ -4,7 +4,7 @@
 // and see how long it took and how much memory it needed (with GNU time). The memory
 // tests and the document benchmark share them.
 
-#include "document/documentformats.h"
+#include "core/document/documentformats.h"
 #include "support/files.h"
 
 #include <QByteArray>

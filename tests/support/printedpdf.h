@@ -3,10 +3,10 @@
 // Reading printed PDFs back with poppler's pdftotext and pdfinfo, and comparing the label
 // copies found with where a print plan puts them.
 
-#include "layout/printplan.h"
-#include "layout/serialnumber.h"
-#include "layout/sheetgeometry.h"
-#include "layout/tilingtextview.h"
+#include "core/layout/serialnumber.h"
+#include "core/layout/sheetgeometry.h"
+#include "core/layout/tilingtextview.h"
+#include "core/printing/printplan.h"
 
 #include <QPointF>
 #include <QProcess>

@@ -2,7 +2,7 @@
 
 // Comparing document records field by field, so a failure names the field.
 
-#include "document/content.h"
+#include "core/document/content.h"
 
 #include <QTest>
 

@@ -3,8 +3,8 @@
 // A DocumentUserInterface that answers from a script instead of dialogs and records
 // what the controller asked and told, so that tests drive the real document code.
 
-#include "document/document.h"
-#include "document/documentcontroller.h"
+#include "core/document/document.h"
+#include "core/document/documentcontroller.h"
 
 #include <QString>
 #include <QStringList>

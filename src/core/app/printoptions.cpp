@@ -1,8 +1,10 @@
-#include "app/printoptions.h"
+#include "core/app/printoptions.h"
 
-#include "base/errors.h"
-#include "editor/numberinput.h"
-#include "layout/printjob.h"
+#include "core/base/errors.h"
+#include "core/base/result.h"
+#include "core/base/units.h"
+#include "core/label/numberinput.h"
+#include "core/printing/paper.h"
 
 #include <QCoreApplication>
 #include <QPageSize>
@@ -62,9 +64,9 @@ std::optional<double> positiveNumber(const QString& text)
 double pointsPerPaperUnit(const QString& unit)
 {
     if (unit.compare(u"mm", Qt::CaseInsensitive) == 0)
-        return kPointsPerMillimetre;
+        return kPointsPerMillimeter;
     if (unit.compare(u"in", Qt::CaseInsensitive) == 0)
-        return 72.0;
+        return kPointsPerInch;
     return 1.0; // pt
 }
 
@@ -173,23 +175,19 @@ Result<PrintCommandOptions> printCommandOptions(const QStringList& arguments,
                 options.printerName = value;
             } else if (argument == u"--quantity") {
                 const Result<qint64> quantity = wholeNumberOption(argument, value, 1);
-                if (!quantity)
-                    return quantity.error();
+                LOMIR_RETURN_IF_ERROR(quantity);
                 options.quantity = *quantity;
             } else if (argument == u"--serial-start") {
                 const Result<qint64> start = wholeNumberOption(argument, value, 0);
-                if (!start)
-                    return start.error();
+                LOMIR_RETURN_IF_ERROR(start);
                 options.serialStart = *start;
             } else if (argument == u"--paper") {
                 const Result<QSizeF> paper = paperSizeFromText(value);
-                if (!paper)
-                    return paper.error();
+                LOMIR_RETURN_IF_ERROR(paper);
                 options.paper = *paper;
             } else {
                 const Result<QMarginsF> margins = marginsFromText(value);
-                if (!margins)
-                    return margins.error();
+                LOMIR_RETURN_IF_ERROR(margins);
                 options.margins = *margins;
             }
             continue;

@@ -1,6 +1,6 @@
-#include "app/reviewprompt.h"
+#include "core/app/reviewprompt.h"
 
-#include "base/fatal.h"
+#include "core/base/fatal.h"
 
 #include <QSettings>
 #include <QUrlQuery>

@@ -1,4 +1,4 @@
-#include "editor/translations.h"
+#include "core/app/translations.h"
 
 #include <QCoreApplication>
 #include <QLocale>

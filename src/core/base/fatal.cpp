@@ -1,4 +1,4 @@
-#include "base/fatal.h"
+#include "core/base/fatal.h"
 
 #include <cmath>
 #include <cstdio>

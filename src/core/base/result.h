@@ -49,3 +49,12 @@ struct Done
 using Status = Result<Done>;
 
 } // namespace lomir
+
+// Hands a failed Result (or Status) up as the enclosing function's own: evaluates the
+// expression once and, when it holds an error, returns that error. A readable stand-in for
+// the two lines every step of a reader would otherwise repeat.
+#define LOMIR_RETURN_IF_ERROR(expression)                                                          \
+    do {                                                                                           \
+        if (auto&& lomirResult_ = (expression); !lomirResult_)                                     \
+            return lomirResult_.error();                                                           \
+    } while (false)

@@ -1,4 +1,4 @@
-#include "editor/metric.h"
+#include "core/base/units.h"
 
 namespace lomir {
 

@@ -1,6 +1,7 @@
-#include "document/content.h"
+#include "core/document/content.h"
 
-#include "document/keyedarchive/keyedarchive.h"
+#include "core/base/result.h"
+#include "core/document/keyedarchive/keyedarchive.h"
 
 #include <charconv>
 #include <cmath>
@@ -216,24 +217,21 @@ public:
     Result<QString> requiredString(QLatin1StringView key) const
     {
         const auto value = required(key, QStringLiteral("text"));
-        if (!value)
-            return value.error();
+        LOMIR_RETURN_IF_ERROR(value);
         return toString(key, **value);
     }
 
     Result<qint64> requiredInteger(QLatin1StringView key) const
     {
         const auto value = required(key, QStringLiteral("a whole number"));
-        if (!value)
-            return value.error();
+        LOMIR_RETURN_IF_ERROR(value);
         return toInteger(key, **value);
     }
 
     Result<double> requiredReal(QLatin1StringView key) const
     {
         const auto value = required(key, QStringLiteral("a number"));
-        if (!value)
-            return value.error();
+        LOMIR_RETURN_IF_ERROR(value);
         return toReal(key, **value);
     }
 
@@ -379,61 +377,52 @@ Result<Content> Content::decode(const QByteArray& json)
 
     // By far the largest value: decoded where the parser left it, not copied first.
     const Result<const Json*> labelText = reader.required(kLabelTextKey, QStringLiteral("text"));
-    if (!labelText)
-        return labelText.error();
+    LOMIR_RETURN_IF_ERROR(labelText);
     if (!(*labelText)->is_string())
         return RecordReader::mismatch(kLabelTextKey, QStringLiteral("text"), **labelText);
     const std::string& base64 = (*labelText)->get_ref<const std::string&>();
     Result<AttributedString> text = AttributedString::decode(
         QByteArrayView(base64.data(), qsizetype(base64.size())), QString(kLabelTextKey));
-    if (!text)
-        return text.error();
+    LOMIR_RETURN_IF_ERROR(text);
     content.labelText = std::move(text).value();
 
     const Result<QString> quantity = reader.requiredString(kQuantityKey);
-    if (!quantity)
-        return quantity.error();
+    LOMIR_RETURN_IF_ERROR(quantity);
     content.quantity = *quantity;
 
     content.serialStartFrom.reset();
     if (const Json* serial = reader.optional(kSerialStartFromKey)) {
         const Result<QString> value = RecordReader::toString(kSerialStartFromKey, *serial);
-        if (!value)
-            return value.error();
+        LOMIR_RETURN_IF_ERROR(value);
         content.serialStartFrom = *value;
     }
 
     for (const auto& [key, field] :
          {std::pair{kWidthKey, &content.width}, std::pair{kHeightKey, &content.height}}) {
         const Result<QString> value = reader.requiredString(key);
-        if (!value)
-            return value.error();
+        LOMIR_RETURN_IF_ERROR(value);
         *field = *value;
     }
     for (const auto& [key, field] :
          {std::pair{kDimensionsKey, &content.dimensions}, std::pair{kMetricKey, &content.metric}}) {
         const Result<qint64> value = reader.requiredInteger(key);
-        if (!value)
-            return value.error();
+        LOMIR_RETURN_IF_ERROR(value);
         *field = *value;
     }
 
     const Result<double> magnification = reader.requiredReal(kMagnificationKey);
-    if (!magnification)
-        return magnification.error();
+    LOMIR_RETURN_IF_ERROR(magnification);
     content.magnification = *magnification;
 
     const Result<qint64> outputSpacing = reader.requiredInteger(kOutputSpacingKey);
-    if (!outputSpacing)
-        return outputSpacing.error();
+    LOMIR_RETURN_IF_ERROR(outputSpacing);
     content.outputSpacing = *outputSpacing;
 
     for (const auto& [key, field] : {std::pair{kFrameWidthKey, &content.frameWidth},
                                      std::pair{kFrameHeightKey, &content.frameHeight}}) {
         if (const Json* frame = reader.optional(key)) {
             const Result<double> value = RecordReader::toReal(key, *frame);
-            if (!value)
-                return value.error();
+            LOMIR_RETURN_IF_ERROR(value);
             *field = *value;
         }
     }

@@ -1,10 +1,11 @@
-#include "document/document.h"
+#include "core/document/document.h"
 
-#include "base/errors.h"
-#include "base/fatal.h"
-#include "document/documentfile.h"
-#include "document/documentformats.h"
-#include "editor/metric.h"
+#include "core/base/errors.h"
+#include "core/base/fatal.h"
+#include "core/base/result.h"
+#include "core/base/units.h"
+#include "core/document/documentfile.h"
+#include "core/document/documentformats.h"
 
 #include <QFileInfo>
 
@@ -17,7 +18,10 @@ namespace {
 void stopOnUnreadableText(const Error& error)
 {
     if (error.domain == kUnreadableTextDomain)
-        fatalError("Unexpectedly found nil while unwrapping an Optional value");
+        fatalError("Lomir stopped opening a file whose text it cannot read (" +
+                   error.message.toStdString() +
+                   "): a document of this type holds only text it "
+                   "could read, never a guess at it");
 }
 
 } // namespace
@@ -112,8 +116,7 @@ Status Document::readRecoveredCopy(const QString& copyPath, const QString& fileP
                                    const QString& typeName)
 {
     const Result<Content> record = readLabelFile(copyPath, QString(kLomirDocumentType));
-    if (!record)
-        return record.error();
+    LOMIR_RETURN_IF_ERROR(record);
     m_content = *record;
     setFile(filePath, typeName);
     setModified(true);

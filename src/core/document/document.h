@@ -1,7 +1,7 @@
 #pragma once
 
-#include "base/result.h"
-#include "document/content.h"
+#include "core/base/result.h"
+#include "core/document/content.h"
 
 #include <QObject>
 #include <QString>

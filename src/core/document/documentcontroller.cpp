@@ -1,10 +1,10 @@
-#include "document/documentcontroller.h"
+#include "core/document/documentcontroller.h"
 
-#include "base/errors.h"
-#include "base/fatal.h"
-#include "document/document.h"
-#include "document/documentformats.h"
-#include "document/recoveryfolder.h"
+#include "core/base/errors.h"
+#include "core/base/fatal.h"
+#include "core/document/document.h"
+#include "core/document/documentformats.h"
+#include "core/document/recoveryfolder.h"
 
 #include <QDeadlineTimer>
 #include <QFileInfo>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/result.h"
+#include "core/base/result.h"
 
 #include <QObject>
 #include <QString>

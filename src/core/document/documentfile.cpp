@@ -1,7 +1,8 @@
-#include "document/documentfile.h"
+#include "core/document/documentfile.h"
 
-#include "document/documentformats.h"
-#include "document/documentlimits.h"
+#include "core/base/documentlimits.h"
+#include "core/base/result.h"
+#include "core/document/documentformats.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -164,8 +165,7 @@ Result<QByteArray> readRegularFile(const QString& path)
     struct stat status = {};
     if (::stat(nativePath.constData(), &status) != 0)
         return systemError(Access::Read, errno, path);
-    if (const Status readable = checkReadable(path, status); !readable)
-        return readable.error();
+    LOMIR_RETURN_IF_ERROR(checkReadable(path, status));
 
     // The path may have been replaced since: open without waiting, and check what was
     // opened. Reading a regular file never waits, whatever the flag says.
@@ -173,8 +173,7 @@ Result<QByteArray> readRegularFile(const QString& path)
         ::open(nativePath.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
     if (file.get() < 0 || ::fstat(file.get(), &status) != 0)
         return systemError(Access::Read, errno, path);
-    if (const Status readable = checkReadable(path, status); !readable)
-        return readable.error();
+    LOMIR_RETURN_IF_ERROR(checkReadable(path, status));
 
     // Read to the end, but never past the largest size: the file may grow meanwhile.
     QByteArray data(qsizetype(status.st_size) + 1, Qt::Uninitialized);
@@ -206,8 +205,7 @@ Result<Content> readLabelFile(const QString& path, const QString& typeName)
     // that cannot give even that gets a sentence, and the document open before stays.
     try {
         const Result<QByteArray> data = readRegularFile(path);
-        if (!data)
-            return data.error();
+        LOMIR_RETURN_IF_ERROR(data);
         Content record;
         const Status read = readFromData(*data, typeName, record);
         if (!read)

@@ -1,7 +1,8 @@
-#include "document/documentformats.h"
+#include "core/document/documentformats.h"
 
-#include "document/documentlimits.h"
-#include "document/rtf/rtf.h"
+#include "core/base/documentlimits.h"
+#include "core/base/result.h"
+#include "core/document/rtf/rtf.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -61,8 +62,7 @@ Result<QByteArray> dataOfType(const Content& record, const QString& typeName)
     if (typeName != kPlainTextType && typeName != kRtfType && typeName != kLomirDocumentType)
         return unsupportedType(typeName);
     const RichText& text = record.labelText.nsAttributedString();
-    if (const Status fits = checkTextLength(text.length()); !fits)
-        return fits.error();
+    LOMIR_RETURN_IF_ERROR(checkTextLength(text.length()));
     Result<QByteArray> data = bytesOfType(text, record, typeName);
     // Lomir never writes a file it would refuse to open.
     if (data && data->size() > kMaxDocumentFileSize)
@@ -77,8 +77,7 @@ Status readFromData(const QByteArray& data, const QString& typeName, Content& re
 {
     if (typeName == kPlainTextType) {
         Result<QString> text = decodeUtf8(data);
-        if (!text)
-            return text.error();
+        LOMIR_RETURN_IF_ERROR(text);
         if (const Status fits = checkTextLength(text->size()); !fits)
             return fits;
         record.labelText = AttributedString(RichText(std::move(text).value()));
@@ -95,8 +94,7 @@ Status readFromData(const QByteArray& data, const QString& typeName, Content& re
     }
     if (typeName == kLomirDocumentType) {
         Result<Content> content = Content::decode(data);
-        if (!content)
-            return content.error();
+        LOMIR_RETURN_IF_ERROR(content);
         if (const Status fits = checkTextLength(content->labelText.nsAttributedString().length());
             !fits)
             return fits;

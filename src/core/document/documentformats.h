@@ -1,8 +1,8 @@
 #pragma once
 
-#include "base/errors.h"
-#include "base/result.h"
-#include "document/content.h"
+#include "core/base/errors.h"
+#include "core/base/result.h"
+#include "core/document/content.h"
 
 #include <QByteArray>
 #include <QString>

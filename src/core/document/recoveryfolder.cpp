@@ -1,9 +1,9 @@
-#include "document/recoveryfolder.h"
+#include "core/document/recoveryfolder.h"
 
-#include "base/errors.h"
-#include "document/document.h"
-#include "document/documentfile.h"
-#include "document/documentformats.h"
+#include "core/base/errors.h"
+#include "core/document/document.h"
+#include "core/document/documentfile.h"
+#include "core/document/documentformats.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -1,7 +1,7 @@
-#include "editor/labellimits.h"
+#include "core/label/labellimits.h"
 
-#include "layout/labeltextlayout.h"
-#include "layout/measurement.h"
+#include "core/layout/labeltextlayout.h"
+#include "core/layout/measurement.h"
 
 #include <QTextBoundaryFinder>
 #include <algorithm>

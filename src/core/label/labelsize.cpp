@@ -1,7 +1,7 @@
-#include "editor/labelsize.h"
+#include "core/label/labelsize.h"
 
-#include "editor/numberinput.h"
-#include "layout/measurement.h"
+#include "core/label/numberinput.h"
+#include "core/layout/measurement.h"
 
 #include <QCoreApplication>
 #include <cstring>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "editor/metric.h"
+#include "core/base/units.h"
 
 #include <QSizeF>
 #include <QString>

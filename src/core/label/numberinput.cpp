@@ -1,4 +1,4 @@
-#include "editor/numberinput.h"
+#include "core/label/numberinput.h"
 
 #include <QLocale>
 #include <QStringList>

@@ -1,8 +1,8 @@
-#include "editor/serialplaceholder.h"
+#include "core/label/serialplaceholder.h"
 
-#include "editor/numberinput.h"
-#include "layout/measurement.h"
-#include "layout/serialnumber.h"
+#include "core/label/numberinput.h"
+#include "core/layout/measurement.h"
+#include "core/layout/serialnumber.h"
 
 namespace lomir {
 

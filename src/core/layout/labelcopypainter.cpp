@@ -1,6 +1,6 @@
-#include "layout/labelcopypainter.h"
+#include "core/layout/labelcopypainter.h"
 
-#include "layout/labeltextlayout.h"
+#include "core/layout/labeltextlayout.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QGlyphRun>

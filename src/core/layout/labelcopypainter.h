@@ -1,7 +1,7 @@
 #pragma once
 
-#include "document/richtext/richtext.h"
-#include "layout/serialnumber.h"
+#include "core/document/richtext/richtext.h"
+#include "core/layout/serialnumber.h"
 
 #include <QRectF>
 #include <QSizeF>

@@ -1,7 +1,8 @@
-#include "layout/labeltextlayout.h"
+#include "core/layout/labeltextlayout.h"
 
-#include "document/richtext/richtextdocument.h"
-#include "layout/layoutresolution.h"
+#include "core/base/units.h"
+#include "core/document/richtext/richtextdocument.h"
+#include "core/layout/layoutresolution.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QPaintDevice>
@@ -66,7 +67,7 @@ std::unique_ptr<QPaintDevice> makeLayoutDevice(int dpi)
 
 void prepareLabelDocument(QTextDocument& document, QPaintDevice* layoutDevice)
 {
-    const double unitsPerPoint = layoutDevice->logicalDpiY() / 72.0;
+    const double unitsPerPoint = layoutDevice->logicalDpiY() / kPointsPerInch;
     document.documentLayout()->setPaintDevice(layoutDevice);
     document.setDocumentMargin(0.0);
     document.setUseDesignMetrics(true);
@@ -89,7 +90,7 @@ void prepareLabelDocument(QTextDocument& document, QPaintDevice* layoutDevice)
 void convertBlockLengthsToLayoutUnits(QTextDocument& document, double unitsPerPoint)
 {
     const double horizontal = unitsPerPoint;
-    const double vertical = double(qt_defaultDpi()) / 72.0;
+    const double vertical = double(qt_defaultDpi()) / kPointsPerInch;
     QTextCursor cursor(&document);
     for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
         QTextBlockFormat format = block.blockFormat();
@@ -118,7 +119,7 @@ void convertBlockLengthsToLayoutUnits(QTextDocument& document, double unitsPerPo
 LabelTextLayout::LabelTextLayout(const RichText& text, std::optional<double> wrapWidth)
     : m_device(
           makeLayoutDevice(layoutDpi(std::max(largestPointSize(text), defaultFont().pointSize)))),
-      m_unitsPerPoint(m_device->logicalDpiY() / 72.0)
+      m_unitsPerPoint(m_device->logicalDpiY() / kPointsPerInch)
 {
     prepareLabelDocument(m_document, m_device.get());
     m_document.setUndoRedoEnabled(false);

@@ -1,6 +1,7 @@
-#include "layout/layoutresolution.h"
+#include "core/layout/layoutresolution.h"
 
-#include "document/richtext/richtextdocument.h"
+#include "core/base/units.h"
+#include "core/document/richtext/richtextdocument.h"
 
 #include <algorithm>
 
@@ -14,9 +15,9 @@ constexpr double kLargestPixelSize = 10000.0;
 
 int layoutDpi(double largestPointSize)
 {
-    if (largestPointSize * kLayoutDpi / 72.0 <= kLargestPixelSize)
+    if (largestPointSize * kLayoutDpi / kPointsPerInch <= kLargestPixelSize)
         return kLayoutDpi;
-    return std::max(1, int(kLargestPixelSize * 72.0 / largestPointSize));
+    return std::max(1, int(kLargestPixelSize * kPointsPerInch / largestPointSize));
 }
 
 double largestPointSize(const RichText& text)

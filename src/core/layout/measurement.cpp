@@ -1,7 +1,8 @@
-#include "layout/measurement.h"
+#include "core/layout/measurement.h"
 
-#include "document/richtext/richtextdocument.h"
-#include "layout/layoutresolution.h"
+#include "core/base/units.h"
+#include "core/document/richtext/richtextdocument.h"
+#include "core/layout/layoutresolution.h"
 
 #include <QFontMetricsF>
 #include <QTextBlock>
@@ -39,7 +40,10 @@ struct LineMetrics
 class PointLayout
 {
 public:
-    explicit PointLayout(double largestSize) : m_pixelsPerPoint(layoutDpi(largestSize) / 72.0) {}
+    explicit PointLayout(double largestSize)
+        : m_pixelsPerPoint(layoutDpi(largestSize) / kPointsPerInch)
+    {
+    }
 
     // The face at its size in layout pixels, unhinted so that advances are the font's
     // design widths rather than widths snapped to pixels.

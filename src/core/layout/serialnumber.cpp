@@ -1,7 +1,7 @@
-#include "layout/serialnumber.h"
+#include "core/layout/serialnumber.h"
 
-#include "base/fatal.h"
-#include "layout/measurement.h"
+#include "core/base/fatal.h"
+#include "core/layout/measurement.h"
 
 #include <QStringView>
 #include <QTextBoundaryFinder>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "document/richtext/richtext.h"
+#include "core/document/richtext/richtext.h"
 
 #include <QString>
 #include <QtGlobal>

@@ -1,7 +1,7 @@
-#include "layout/sheetgeometry.h"
+#include "core/layout/sheetgeometry.h"
 
-#include "base/fatal.h"
-#include "layout/measurement.h"
+#include "core/base/fatal.h"
+#include "core/layout/measurement.h"
 
 #include <algorithm>
 #include <cmath>

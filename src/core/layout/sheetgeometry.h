@@ -4,7 +4,6 @@
 #include <QRectF>
 #include <QSizeF>
 #include <QtGlobal>
-
 #include <optional>
 
 namespace lomir {
@@ -36,10 +35,10 @@ bool cellFits(const CellSize& cell, const QSizeF& area);
 struct SheetGrid
 {
     qint64 numberOfColumns = 0;
-    qint64 numberOfRows = 0;        // over all pages
+    qint64 numberOfRows = 0; // over all pages
     qint64 numberOfRowsOnAPage = 0;
     qint64 numberOfPages = 0;
-    QRectF frame;                   // every page's printable area, stacked downwards
+    QRectF frame; // every page's printable area, stacked downwards
     bool operator==(const SheetGrid&) const = default;
 };
 

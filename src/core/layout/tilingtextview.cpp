@@ -1,7 +1,7 @@
-#include "layout/tilingtextview.h"
+#include "core/layout/tilingtextview.h"
 
-#include "base/fatal.h"
-#include "layout/sheetgeometry.h"
+#include "core/base/fatal.h"
+#include "core/layout/sheetgeometry.h"
 
 #include <QPainter>
 #include <cmath>

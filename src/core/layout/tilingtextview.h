@@ -1,8 +1,8 @@
 #pragma once
 
-#include "document/richtext/richtext.h"
-#include "layout/labelcopypainter.h"
-#include "layout/serialnumber.h"
+#include "core/document/richtext/richtext.h"
+#include "core/layout/labelcopypainter.h"
+#include "core/layout/serialnumber.h"
 
 #include <QRectF>
 #include <QVariantMap>

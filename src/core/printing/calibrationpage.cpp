@@ -1,8 +1,8 @@
-#include "layout/calibrationpage.h"
+#include "core/printing/calibrationpage.h"
 
-#include "document/richtext/richtext.h"
-#include "layout/labeltextlayout.h"
-#include "layout/printjob.h"
+#include "core/base/units.h"
+#include "core/document/richtext/richtext.h"
+#include "core/layout/labeltextlayout.h"
 
 #include <QPainter>
 #include <QTextBlock>
@@ -29,7 +29,7 @@ constexpr double kCaptionPointSize = 9.0;
 
 double millimetres(double points)
 {
-    return points / kPointsPerMillimetre;
+    return points / kPointsPerMillimeter;
 }
 
 // Corner crosshairs 10 mm in, or a quarter of a small paper's side in whole millimetres,
@@ -42,10 +42,10 @@ int cornerInset(double paperPoints)
 double tickLength(int millimetre)
 {
     if (millimetre % 10 == 0)
-        return kLongTickMillimetres * kPointsPerMillimetre;
+        return kLongTickMillimetres * kPointsPerMillimeter;
     if (millimetre % 5 == 0)
-        return kMiddleTickMillimetres * kPointsPerMillimetre;
-    return kShortTickMillimetres * kPointsPerMillimetre;
+        return kMiddleTickMillimetres * kPointsPerMillimeter;
+    return kShortTickMillimetres * kPointsPerMillimeter;
 }
 
 QString tickLabel(int millimetre)
@@ -75,32 +75,32 @@ CalibrationMarks calibrationMarks(const QSizeF& paper)
     CalibrationMarks marks;
     const int insetX = cornerInset(paper.width());
     const int insetY = cornerInset(paper.height());
-    marks.insetX = insetX * kPointsPerMillimetre;
-    marks.insetY = insetY * kPointsPerMillimetre;
+    marks.insetX = insetX * kPointsPerMillimeter;
+    marks.insetY = insetY * kPointsPerMillimeter;
     const double right = paper.width() - marks.insetX;
     const double bottom = paper.height() - marks.insetY;
     // The middle one sits on whole millimetres too, at or just before the paper's middle.
-    const double middleX = std::floor(millimetres(paper.width()) / 2.0) * kPointsPerMillimetre;
-    const double middleY = std::floor(millimetres(paper.height()) / 2.0) * kPointsPerMillimetre;
+    const double middleX = std::floor(millimetres(paper.width()) / 2.0) * kPointsPerMillimeter;
+    const double middleY = std::floor(millimetres(paper.height()) / 2.0) * kPointsPerMillimeter;
     marks.crosshairs = {{marks.insetX, marks.insetY},
                         {right, marks.insetY},
                         {marks.insetX, bottom},
                         {right, bottom},
                         {middleX, middleY}};
     marks.crosshairArm =
-        std::min({kCrosshairArmMillimetres * kPointsPerMillimetre, marks.insetX, marks.insetY});
+        std::min({kCrosshairArmMillimetres * kPointsPerMillimeter, marks.insetX, marks.insetY});
 
     // The rulers run from the top-left crosshair to the top-right and bottom-left ones,
     // ticking each whole millimetre from the paper's edge; their ticks point inwards.
     const int lastX = int(std::floor(millimetres(right) + 1e-9));
     for (int mm = insetX; mm <= lastX; ++mm) {
-        const double x = mm * kPointsPerMillimetre;
+        const double x = mm * kPointsPerMillimeter;
         marks.horizontalTicks.push_back(
             {mm, QLineF(x, marks.insetY, x, marks.insetY + tickLength(mm)), tickLabel(mm)});
     }
     const int lastY = int(std::floor(millimetres(bottom) + 1e-9));
     for (int mm = insetY; mm <= lastY; ++mm) {
-        const double y = mm * kPointsPerMillimetre;
+        const double y = mm * kPointsPerMillimeter;
         marks.verticalTicks.push_back(
             {mm, QLineF(marks.insetX, y, marks.insetX + tickLength(mm), y), tickLabel(mm)});
     }
@@ -116,7 +116,7 @@ void paintCalibrationPage(QPainter& painter, const QSizeF& paper, const QString&
     painter.setBrush(Qt::NoBrush);
 
     const double arm = marks.crosshairArm;
-    const double circle = std::min(kCrosshairCircleMillimetres * kPointsPerMillimetre, arm / 2.0);
+    const double circle = std::min(kCrosshairCircleMillimetres * kPointsPerMillimeter, arm / 2.0);
     for (const QPointF& centre : marks.crosshairs) {
         painter.drawLine(QLineF(centre.x() - arm, centre.y(), centre.x() + arm, centre.y()));
         painter.drawLine(QLineF(centre.x(), centre.y() - arm, centre.x(), centre.y() + arm));

@@ -1,84 +1,14 @@
-#include "layout/printjob.h"
+#include "core/printing/pageloop.h"
 
-#include "base/fatal.h"
-#include "layout/tilingtextview.h"
+#include "core/base/fatal.h"
+#include "core/base/units.h"
+#include "core/layout/tilingtextview.h"
 
 #include <QPageSize>
 #include <QPagedPaintDevice>
 #include <QPainter>
 
 namespace lomir {
-
-namespace {
-
-constexpr double kPointsPerInch = 72.0;
-
-} // namespace
-
-double pointsPerUnit(QPageLayout::Unit unit)
-{
-    switch (unit) {
-    case QPageLayout::Millimeter:
-        return kPointsPerMillimetre;
-    case QPageLayout::Point:
-        return 1.0;
-    case QPageLayout::Inch:
-        return kPointsPerInch;
-    case QPageLayout::Pica:
-        return 12.0;
-    // Qt's own definitions of the two continental units.
-    case QPageLayout::Didot:
-        return 1.065826771;
-    case QPageLayout::Cicero:
-        return 12.789921252;
-    }
-    fatalError("Unknown page layout unit");
-}
-
-PaperSettings paperSettings(const QPageLayout& layout)
-{
-    const QPageSize& size = layout.pageSize();
-    // QPageSize and QPageLayout share their units, in the same order.
-    const double sizeScale = pointsPerUnit(QPageLayout::Unit(size.definitionUnits()));
-    QSizeF paper = size.definitionSize() * sizeScale;
-    if (layout.orientation() == QPageLayout::Landscape)
-        paper.transpose();
-    const double marginScale = pointsPerUnit(layout.units());
-    const QMarginsF margins = layout.margins();
-    return {paper, QMarginsF(margins.left() * marginScale, margins.top() * marginScale,
-                             margins.right() * marginScale, margins.bottom() * marginScale)};
-}
-
-QPageLayout fullPaperLayout(const QPageLayout& printSettings)
-{
-    QPageLayout layout(printSettings.pageSize(), printSettings.orientation(), QMarginsF(),
-                       QPageLayout::Point);
-    layout.setMode(QPageLayout::FullPageMode);
-    return layout;
-}
-
-QPageLayout fullPaperLayout(const QSizeF& paper)
-{
-    return fullPaperLayout(
-        QPageLayout(QPageSize(paper, QPageSize::Point, QString(), QPageSize::ExactMatch),
-                    QPageLayout::Portrait, QMarginsF(), QPageLayout::Point));
-}
-
-QTransform calibrationTransform(const PrinterCalibration& calibration)
-{
-    const double scale = calibration.scalePercent / 100.0;
-    // Scale first, then move: x' = offset + scale * x.
-    return QTransform(scale, 0.0, 0.0, scale,
-                      calibration.horizontalOffsetMillimetres * kPointsPerMillimetre,
-                      calibration.verticalOffsetMillimetres * kPointsPerMillimetre);
-}
-
-QTransform paperToDevice(const QPaintDevice& device, const PrinterCalibration& calibration)
-{
-    return calibrationTransform(calibration) *
-           QTransform::fromScale(device.logicalDpiX() / kPointsPerInch,
-                                 device.logicalDpiY() / kPointsPerInch);
-}
 
 PageRange allPages(const TilingTextView& view)
 {

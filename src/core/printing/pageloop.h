@@ -1,9 +1,8 @@
 #pragma once
 
+#include "core/printing/calibration.h"
+
 #include <QMarginsF>
-#include <QPageLayout>
-#include <QSizeF>
-#include <QTransform>
 #include <QtGlobal>
 #include <functional>
 #include <optional>
@@ -15,50 +14,6 @@ class QPainter;
 namespace lomir {
 
 class TilingTextView;
-
-// A point is 1/72 inch; paper and printer offsets are measured in millimetres.
-inline constexpr double kPointsPerMillimetre = 72.0 / 25.4;
-
-// Points in one unit of Qt's page sizes and layouts.
-double pointsPerUnit(QPageLayout::Unit unit);
-
-// The paper and margins of print settings in points, exact to the unit they were given in.
-// (Qt's own conversions to points round to whole points: an A4 sheet would be 595 x 842
-// instead of 595.28 x 841.89.) The paper is as it lies in the printer: a landscape sheet
-// is wider than high; the margins are those of that sheet.
-struct PaperSettings
-{
-    QSizeF paper;
-    QMarginsF margins;
-    bool operator==(const PaperSettings&) const = default;
-};
-PaperSettings paperSettings(const QPageLayout& layout);
-
-// The layout pages are painted on: the paper and orientation of the print settings with
-// no margins, in full-page mode, so that the painter's origin is the paper's top-left
-// corner. Qt would round the margins to whole points and place the printable area on
-// whole device pixels; painting moves the labels by the margins itself instead.
-QPageLayout fullPaperLayout(const QPageLayout& printSettings);
-// The same for paper given in points, upright (the command line and the benchmark).
-QPageLayout fullPaperLayout(const QSizeF& paper);
-
-// A printer's correction of where it puts the page: the page is scaled about the paper's
-// top-left corner and then moved. Positive offsets move the print right and down. It
-// applies to the pages sent to that printer only, never to PDF export or preview.
-struct PrinterCalibration
-{
-    double horizontalOffsetMillimetres = 0.0;
-    double verticalOffsetMillimetres = 0.0;
-    double scalePercent = 100.0;
-    bool operator==(const PrinterCalibration&) const = default;
-};
-
-// The calibration as a transform of points on the paper.
-QTransform calibrationTransform(const PrinterCalibration& calibration);
-
-// Maps points from the paper's top-left corner, corrected by the calibration, to the
-// device's pixels. The device's page must be laid out with fullPaperLayout.
-QTransform paperToDevice(const QPaintDevice& device, const PrinterCalibration& calibration = {});
 
 // Pages of a print, by index from 0.
 struct PageRange

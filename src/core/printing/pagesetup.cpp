@@ -1,4 +1,4 @@
-#include "layout/pagesetup.h"
+#include "core/printing/pagesetup.h"
 
 #include <QPageSize>
 #include <QSettings>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "layout/printjob.h"
+#include "core/printing/calibration.h"
 
 #include <QLocale>
 #include <QPageLayout>

@@ -1,10 +1,10 @@
-#include "layout/printplan.h"
+#include "core/printing/printplan.h"
 
-#include "base/fatal.h"
-#include "editor/labelsize.h"
-#include "editor/numberinput.h"
-#include "layout/serialnumber.h"
-#include "layout/tilingtextview.h"
+#include "core/base/fatal.h"
+#include "core/label/labelsize.h"
+#include "core/label/numberinput.h"
+#include "core/layout/serialnumber.h"
+#include "core/layout/tilingtextview.h"
 
 namespace lomir {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "document/richtext/richtext.h"
-#include "layout/sheetgeometry.h"
+#include "core/document/richtext/richtext.h"
+#include "core/layout/sheetgeometry.h"
 
 #include <QMarginsF>
 #include <QSizeF>

@@ -1,4 +1,4 @@
-#include "layout/printroutine.h"
+#include "core/printing/printroutine.h"
 
 namespace lomir {
 

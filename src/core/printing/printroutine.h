@@ -1,8 +1,8 @@
 #pragma once
 
-#include "document/richtext/richtext.h"
-#include "layout/printjob.h"
-#include "layout/printplan.h"
+#include "core/document/richtext/richtext.h"
+#include "core/printing/paper.h"
+#include "core/printing/printplan.h"
 
 #include <QSizeF>
 #include <QtGlobal>

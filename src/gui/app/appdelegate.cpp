@@ -1,10 +1,10 @@
-#include "app/appdelegate.h"
+#include "gui/app/appdelegate.h"
 
-#include "app/cascadingwindowcontroller.h"
-#include "app/documentdialogs.h"
-#include "app/scene.h"
-#include "document/document.h"
-#include "document/documentcontroller.h"
+#include "core/document/document.h"
+#include "core/document/documentcontroller.h"
+#include "gui/app/cascadingwindowcontroller.h"
+#include "gui/app/documentdialogs.h"
+#include "gui/app/scene.h"
 
 #include <QApplication>
 #include <QFileInfo>

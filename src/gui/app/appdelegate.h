@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/fontpanelsizes.h"
+#include "core/app/fontpanelsizes.h"
 
 #include <QObject>
 #include <QStringList>

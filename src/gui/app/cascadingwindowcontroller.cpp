@@ -1,10 +1,10 @@
-#include "app/cascadingwindowcontroller.h"
+#include "gui/app/cascadingwindowcontroller.h"
 
-#include "app/printcontroller.h"
-#include "app/reviewwindows.h"
-#include "document/document.h"
-#include "document/documentcontroller.h"
-#include "editor/mainviewcontroller.h"
+#include "core/document/document.h"
+#include "core/document/documentcontroller.h"
+#include "gui/app/reviewwindows.h"
+#include "gui/editor/mainviewcontroller.h"
+#include "gui/printing/printcontroller.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -150,6 +150,7 @@ void CascadingWindowController::installEditor()
         removeToolBar(previous->formatToolBar());
 
     m_editor = new LabelEditor(this);
+    m_editor->setDocument(m_document);
     // The editor's menus go between File and Help.
     menuBar()->removeAction(m_helpMenu->menuAction());
     const QList<QAction*> before = menuBar()->actions();

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "document/document.h"
-#include "document/documentcontroller.h"
+#include "core/document/document.h"
+#include "core/document/documentcontroller.h"
 
 #include <QMainWindow>
 #include <QPoint>

@@ -1,7 +1,7 @@
-#include "app/documentdialogs.h"
+#include "gui/app/documentdialogs.h"
 
-#include "document/document.h"
-#include "document/documentformats.h"
+#include "core/document/document.h"
+#include "core/document/documentformats.h"
 
 #include <QApplication>
 #include <QFileDialog>

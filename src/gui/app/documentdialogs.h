@@ -1,6 +1,6 @@
 #pragma once
 
-#include "document/documentcontroller.h"
+#include "core/document/documentcontroller.h"
 
 #include <functional>
 

@@ -1,11 +1,11 @@
-#include "app/printcommand.h"
+#include "gui/app/printcommand.h"
 
-#include "app/cascadingwindowcontroller.h"
-#include "app/printroutine.h"
-#include "app/scene.h"
-#include "document/document.h"
-#include "editor/mainviewcontroller.h"
-#include "layout/tilingtextview.h"
+#include "core/document/document.h"
+#include "core/layout/tilingtextview.h"
+#include "gui/app/cascadingwindowcontroller.h"
+#include "gui/app/scene.h"
+#include "gui/editor/mainviewcontroller.h"
+#include "gui/printing/editorprint.h"
 
 #include <QCoreApplication>
 #include <QPainter>

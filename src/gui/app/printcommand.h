@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/printoptions.h"
+#include "core/app/printoptions.h"
 
 #include <QString>
 

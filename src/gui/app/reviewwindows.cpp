@@ -1,9 +1,9 @@
-#include "app/reviewwindows.h"
+#include "gui/app/reviewwindows.h"
 
-#include "app/reviewconfiguration.h"
-#include "app/reviewprompt.h"
-#include "app/scene.h"
-#include "base/fatal.h"
+#include "core/app/reviewconfiguration.h"
+#include "core/app/reviewprompt.h"
+#include "core/base/fatal.h"
+#include "gui/app/scene.h"
 #include "ui_negativefeedbackviewcontroller.h"
 #include "ui_reviewviewcontroller.h"
 

@@ -1,7 +1,7 @@
-#include "app/scene.h"
+#include "gui/app/scene.h"
 
-#include "app/cascadingwindowcontroller.h"
-#include "app/reviewwindows.h"
+#include "gui/app/cascadingwindowcontroller.h"
+#include "gui/app/reviewwindows.h"
 
 namespace lomir {
 

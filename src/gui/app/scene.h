@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/fatal.h"
+#include "core/base/fatal.h"
 
 #include <QObject>
 #include <QString>

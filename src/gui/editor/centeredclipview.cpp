@@ -1,8 +1,9 @@
-#include "editor/centeredclipview.h"
+#include "gui/editor/centeredclipview.h"
 
-#include "editor/labelcell.h"
-#include "editor/labeltextview.h"
-#include "layout/centering.h"
+#include "core/base/units.h"
+#include "core/layout/centering.h"
+#include "gui/editor/labelcell.h"
+#include "gui/editor/labeltextview.h"
 
 #include <QEvent>
 #include <QGraphicsScene>
@@ -63,7 +64,7 @@ void CenteredClipView::setContentInsets(const QMarginsF& insets)
 
 double CenteredClipView::pixelsPerPoint() const
 {
-    return m_magnification * logicalDpiX() / 72.0;
+    return m_magnification * logicalDpiX() / kPointsPerInch;
 }
 
 QRectF CenteredClipView::visibleRect() const
@@ -109,8 +110,9 @@ void CenteredClipView::showBounds(const QRectF& proposed)
     // shown; a second pass settles it.
     for (int pass = 0; pass < 3; ++pass) {
         const QRectF padded = m_cell->frame().marginsAdded(m_contentInsets);
-        const QRectF bounds = constrainBoundsRect(wanted, m_shownWidth, m_cell->frame(),
-                                                  m_contentInsets, true, scale * devicePixelRatioF());
+        const QRectF bounds =
+            constrainBoundsRect(wanted, m_shownWidth, m_cell->frame(), m_contentInsets, true,
+                                scale * devicePixelRatioF());
         const QSize viewportSize = viewport()->size();
         const double left = std::round(bounds.left() * scale);
         const double top = std::round(bounds.top() * scale);

@@ -1,4 +1,4 @@
-#include "editor/editoralerts.h"
+#include "gui/editor/editoralerts.h"
 
 #include <QApplication>
 #include <QCheckBox>

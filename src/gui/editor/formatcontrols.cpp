@@ -1,7 +1,7 @@
-#include "editor/formatcontrols.h"
+#include "gui/editor/formatcontrols.h"
 
-#include "document/richtext/richtextdocument.h"
-#include "editor/labeltextview.h"
+#include "core/document/richtext/richtextdocument.h"
+#include "gui/editor/labeltextview.h"
 
 #include <QAction>
 #include <QActionGroup>

@@ -1,7 +1,7 @@
-#include "editor/labelcell.h"
+#include "gui/editor/labelcell.h"
 
-#include "editor/appearance.h"
-#include "editor/labeltextview.h"
+#include "core/label/appearance.h"
+#include "gui/editor/labeltextview.h"
 
 #include <QBrush>
 #include <QGraphicsDropShadowEffect>

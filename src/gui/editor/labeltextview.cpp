@@ -1,10 +1,11 @@
-#include "editor/labeltextview.h"
+#include "gui/editor/labeltextview.h"
 
-#include "document/content.h"
-#include "document/richtext/richtextdocument.h"
-#include "layout/labeltextlayout.h"
-#include "layout/layoutresolution.h"
-#include "layout/measurement.h"
+#include "core/base/units.h"
+#include "core/document/content.h"
+#include "core/document/richtext/richtextdocument.h"
+#include "core/layout/labeltextlayout.h"
+#include "core/layout/layoutresolution.h"
+#include "core/layout/measurement.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QClipboard>
@@ -479,7 +480,7 @@ void LabelTextView::applyLayoutDevice(std::unique_ptr<QPaintDevice> device)
     std::unique_ptr<QPaintDevice> previous = std::move(m_layoutDevice);
     m_layoutDevice = std::move(device);
     prepareLabelDocument(*document(), m_layoutDevice.get());
-    m_unitsPerPoint = m_layoutDevice->logicalDpiY() / 72.0;
+    m_unitsPerPoint = m_layoutDevice->logicalDpiY() / kPointsPerInch;
     setScale(1.0 / m_unitsPerPoint);
     setWrapWidth(m_wrapWidth);
     updateCursorWidth();

@@ -1,23 +1,22 @@
-#include "editor/mainviewcontroller.h"
+#include "gui/editor/mainviewcontroller.h"
 
-#include "app/cascadingwindowcontroller.h"
-#include "app/fontpanelsizes.h"
-#include "base/fatal.h"
-#include "document/document.h"
-#include "editor/appearance.h"
-#include "editor/centeredclipview.h"
-#include "editor/editoralerts.h"
-#include "editor/formatcontrols.h"
-#include "editor/labelcell.h"
-#include "editor/labellimits.h"
-#include "editor/labelsize.h"
-#include "editor/labeltextview.h"
-#include "editor/numberinput.h"
-#include "editor/serialplaceholder.h"
-#include "editor/zoom.h"
-#include "editor/zoomslider.h"
-#include "layout/measurement.h"
-#include "layout/serialnumber.h"
+#include "core/app/fontpanelsizes.h"
+#include "core/base/fatal.h"
+#include "core/document/document.h"
+#include "core/label/appearance.h"
+#include "core/label/labellimits.h"
+#include "core/label/labelsize.h"
+#include "core/label/numberinput.h"
+#include "core/label/serialplaceholder.h"
+#include "core/label/zoom.h"
+#include "core/layout/measurement.h"
+#include "core/layout/serialnumber.h"
+#include "gui/editor/centeredclipview.h"
+#include "gui/editor/editoralerts.h"
+#include "gui/editor/formatcontrols.h"
+#include "gui/editor/labelcell.h"
+#include "gui/editor/labeltextview.h"
+#include "gui/editor/zoomslider.h"
 #include "ui_mainviewcontroller.h"
 
 #include <QAction>
@@ -309,12 +308,15 @@ void MainViewController::showCellSizeAlert()
         EditorAlert{tr("Cell Size Alert Message"), tr("Cell Size Alert Informative"), false});
 }
 
+void MainViewController::setDocument(Document* document)
+{
+    m_document = document;
+}
+
 void MainViewController::viewDidAppear()
 {
     if (!m_isInitialLoad)
         return;
-    const auto* window = qobject_cast<const CascadingWindowController*>(this->window());
-    m_document = window ? window->document() : nullptr;
     // Without a document the editor shows a fresh label.
     loadRecord(m_document ? m_document->content() : Content());
     m_isInitialLoad = false;

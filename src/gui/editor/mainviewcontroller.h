@@ -1,9 +1,9 @@
 #pragma once
 
-#include "document/content.h"
-#include "document/richtext/richtext.h"
-#include "editor/metric.h"
-#include "layout/printroutine.h"
+#include "core/base/units.h"
+#include "core/document/content.h"
+#include "core/document/richtext/richtext.h"
+#include "core/printing/printroutine.h"
 
 #include <QKeySequence>
 #include <QPointer>
@@ -47,8 +47,10 @@ public:
     explicit MainViewController(QWidget* parent = nullptr);
     ~MainViewController() override;
 
-    // The window calls this when it is first shown: the editor finds its document
-    // through the window and loads the document's record into the controls, once.
+    // The window hands the editor its document before showing it.
+    void setDocument(Document* document);
+    // The window calls this when it is first shown: the editor loads its document's record
+    // into the controls, once.
     void viewDidAppear();
 
     // The record built from the controls, for saving and printing.
@@ -62,7 +64,7 @@ public:
     // straight into the label.
     QWidget* labelTextWidget();
 
-    // The document found on first appearance; none before it.
+    // The document the window handed over; none in an editor of no window.
     Document* document() const { return m_document; }
     // The label's text and its size in points (the text view's frame).
     RichText labelText() const;

@@ -1,4 +1,4 @@
-#include "editor/zoomslider.h"
+#include "gui/editor/zoomslider.h"
 
 #include <algorithm>
 #include <cmath>

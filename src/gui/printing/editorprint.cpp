@@ -1,11 +1,11 @@
-#include "app/printroutine.h"
+#include "gui/printing/editorprint.h"
 
-#include "base/fatal.h"
-#include "document/document.h" // the editor header names it inline
-#include "editor/labeltextview.h"
-#include "editor/mainviewcontroller.h"
-#include "editor/zoom.h"
-#include "layout/tilingtextview.h"
+#include "core/base/fatal.h"
+#include "core/document/document.h" // the editor header names it inline
+#include "core/label/zoom.h"
+#include "core/layout/tilingtextview.h"
+#include "gui/editor/labeltextview.h"
+#include "gui/editor/mainviewcontroller.h"
 
 #include <QCoreApplication>
 #include <QKeyEvent>

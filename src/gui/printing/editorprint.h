@@ -1,8 +1,8 @@
 #pragma once
 
-#include "editor/editoralerts.h"
-#include "layout/printjob.h"
-#include "layout/printplan.h"
+#include "core/printing/paper.h"
+#include "core/printing/printplan.h"
+#include "gui/editor/editoralerts.h"
 
 #include <QString>
 #include <memory>

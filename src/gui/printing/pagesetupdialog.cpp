@@ -1,6 +1,7 @@
-#include "app/pagesetupdialog.h"
+#include "gui/printing/pagesetupdialog.h"
 
-#include "layout/pagesetup.h"
+#include "core/base/units.h"
+#include "core/printing/pagesetup.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -29,7 +30,7 @@ constexpr std::array kStandardPapers{
 constexpr std::array kUnits{QPageLayout::Millimeter, QPageLayout::Inch, QPageLayout::Point};
 
 // The largest paper or margin, in points: 5 metres, long enough for any roll.
-constexpr double kLargestLengthPoints = 5000.0 * kPointsPerMillimetre;
+constexpr double kLargestLengthPoints = 5000.0 * kPointsPerMillimeter;
 
 int decimalsFor(QPageLayout::Unit unit)
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "layout/printjob.h"
+#include "core/printing/calibration.h"
 
 #include <QDialog>
 #include <QPageLayout>

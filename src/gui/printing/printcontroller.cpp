@@ -1,15 +1,15 @@
-#include "app/printcontroller.h"
+#include "gui/printing/printcontroller.h"
 
-#include "app/printdialogs.h"
-#include "app/printpreview.h"
-#include "app/printrun.h"
-#include "app/reviewprompt.h"
-#include "base/fatal.h"
-#include "layout/calibrationpage.h"
-#include "layout/pagesetup.h"
-#include "layout/printroutine.h"
-#include "layout/sheetgeometry.h"
-#include "layout/tilingtextview.h"
+#include "core/app/reviewprompt.h"
+#include "core/base/fatal.h"
+#include "core/layout/sheetgeometry.h"
+#include "core/layout/tilingtextview.h"
+#include "core/printing/calibrationpage.h"
+#include "core/printing/pagesetup.h"
+#include "core/printing/printroutine.h"
+#include "gui/printing/printdialogs.h"
+#include "gui/printing/printpreview.h"
+#include "gui/printing/printrun.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "app/pagesetupdialog.h"
-#include "layout/printjob.h"
-#include "layout/printplan.h"
+#include "core/printing/calibration.h"
+#include "core/printing/printplan.h"
+#include "gui/printing/pagesetupdialog.h"
 
 #include <QObject>
 #include <QPageLayout>

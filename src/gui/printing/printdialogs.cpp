@@ -1,6 +1,6 @@
-#include "app/printdialogs.h"
+#include "gui/printing/printdialogs.h"
 
-#include "layout/pagesetup.h"
+#include "core/printing/pagesetup.h"
 
 #include <QApplication>
 #include <QFileDialog>

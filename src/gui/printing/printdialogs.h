@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/printcontroller.h"
+#include "gui/printing/printcontroller.h"
 
 #include <QCoreApplication>
 

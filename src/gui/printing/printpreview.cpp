@@ -1,6 +1,6 @@
-#include "app/printpreview.h"
+#include "gui/printing/printpreview.h"
 
-#include "layout/tilingtextview.h"
+#include "core/layout/tilingtextview.h"
 
 #include <QAction>
 #include <QDialogButtonBox>

@@ -1,6 +1,6 @@
-#include "app/printrun.h"
+#include "gui/printing/printrun.h"
 
-#include "layout/tilingtextview.h"
+#include "core/layout/tilingtextview.h"
 
 #include <QFile>
 #include <QPainter>

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "layout/printjob.h"
+#include "core/printing/pageloop.h"
+#include "core/printing/paper.h"
 
 #include <QMarginsF>
 #include <QObject>

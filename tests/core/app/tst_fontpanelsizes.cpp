@@ -1,4 +1,4 @@
-#include "app/fontpanelsizes.h"
+#include "core/app/fontpanelsizes.h"
 
 #include <QTest>
 

@@ -1,5 +1,5 @@
-#include "app/printoptions.h"
-#include "base/errors.h"
+#include "core/app/printoptions.h"
+#include "core/base/errors.h"
 
 #include <QTest>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "app/reviewprompt.h"
+#include "core/app/reviewprompt.h"
 #include "support/fatalstop.h"
 
 #include <QCoreApplication>

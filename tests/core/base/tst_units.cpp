@@ -1,4 +1,4 @@
-#include "editor/metric.h"
+#include "core/base/units.h"
 
 #include <QTest>
 #include <bit>
@@ -53,4 +53,4 @@ private Q_SLOTS:
 };
 
 QTEST_GUILESS_MAIN(MetricTest)
-#include "tst_metric.moc"
+#include "tst_units.moc"

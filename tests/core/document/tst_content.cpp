@@ -1,5 +1,5 @@
-#include "document/content.h"
-#include "document/keyedarchive/keyedarchive.h"
+#include "core/document/content.h"
+#include "core/document/keyedarchive/keyedarchive.h"
 #include "support/archivebuilder.h"
 
 #include <QFile>

@@ -1,5 +1,5 @@
-#include "document/document.h"
-#include "document/documentformats.h"
+#include "core/document/document.h"
+#include "core/document/documentformats.h"
 #include "support/fatalstop.h"
 #include "support/files.h"
 #include "support/records.h"
@@ -8,7 +8,6 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
-
 #include <cerrno>
 #include <cstring>
 
@@ -334,8 +333,9 @@ private Q_SLOTS:
     void unreadableTextStopsTheProgram()
     {
         QFETCH(QString, caseName);
-        testing::verifyStops(caseName, QStringLiteral("Unexpectedly found nil while unwrapping an "
-                                                      "Optional value"));
+        testing::verifyStops(caseName,
+                             QStringLiteral("Lomir stopped opening a file whose text it cannot "
+                                            "read"));
     }
 
     void readableTextDoesNotStop() { testing::verifyRunsToEnd(QStringLiteral("utf8Text")); }

@@ -1,6 +1,6 @@
-#include "document/documentfile.h"
-#include "document/documentformats.h"
-#include "document/documentlimits.h"
+#include "core/base/documentlimits.h"
+#include "core/document/documentfile.h"
+#include "core/document/documentformats.h"
 #include "support/filecases.h"
 
 #include <QDir>

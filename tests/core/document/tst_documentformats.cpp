@@ -1,6 +1,6 @@
-#include "document/documentformats.h"
-#include "document/documentlimits.h"
-#include "document/rtf/rtf.h"
+#include "core/base/documentlimits.h"
+#include "core/document/documentformats.h"
+#include "core/document/rtf/rtf.h"
 #include "support/records.h"
 
 #include <QLocale>

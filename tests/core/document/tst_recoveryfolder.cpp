@@ -1,7 +1,7 @@
-#include "base/errors.h"
-#include "document/document.h"
-#include "document/documentformats.h"
-#include "document/recoveryfolder.h"
+#include "core/base/errors.h"
+#include "core/document/document.h"
+#include "core/document/documentformats.h"
+#include "core/document/recoveryfolder.h"
 #include "support/files.h"
 
 #include <QDir>

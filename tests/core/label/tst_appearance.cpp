@@ -1,4 +1,4 @@
-#include "editor/appearance.h"
+#include "core/label/appearance.h"
 
 #include <QTest>
 #include <cmath>

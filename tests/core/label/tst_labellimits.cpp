@@ -1,6 +1,6 @@
-#include "editor/labellimits.h"
-#include "layout/layoutresolution.h"
-#include "layout/measurement.h"
+#include "core/label/labellimits.h"
+#include "core/layout/layoutresolution.h"
+#include "core/layout/measurement.h"
 
 #include <QFont>
 #include <QRawFont>

@@ -1,4 +1,4 @@
-#include "editor/labelsize.h"
+#include "core/label/labelsize.h"
 
 #include <QLocale>
 #include <QTest>

@@ -1,5 +1,5 @@
-#include "editor/numberinput.h"
-#include "editor/serialplaceholder.h"
+#include "core/label/numberinput.h"
+#include "core/label/serialplaceholder.h"
 #include "support/fatalstop.h"
 
 #include <QCoreApplication>

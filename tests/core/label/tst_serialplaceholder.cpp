@@ -1,5 +1,5 @@
-#include "editor/serialplaceholder.h"
-#include "layout/serialnumber.h"
+#include "core/label/serialplaceholder.h"
+#include "core/layout/serialnumber.h"
 
 #include <QTest>
 #include <QTextBoundaryFinder>

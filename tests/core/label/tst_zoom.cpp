@@ -1,4 +1,4 @@
-#include "editor/zoom.h"
+#include "core/label/zoom.h"
 
 #include <QTest>
 

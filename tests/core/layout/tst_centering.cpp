@@ -1,4 +1,4 @@
-#include "layout/centering.h"
+#include "core/layout/centering.h"
 
 #include <QTest>
 

@@ -1,6 +1,6 @@
-#include "document/richtext/richtextdocument.h"
-#include "layout/layoutresolution.h"
-#include "layout/measurement.h"
+#include "core/document/richtext/richtextdocument.h"
+#include "core/layout/layoutresolution.h"
+#include "core/layout/measurement.h"
 
 #include <QRawFont>
 #include <QTest>

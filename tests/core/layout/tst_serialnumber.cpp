@@ -1,4 +1,4 @@
-#include "layout/serialnumber.h"
+#include "core/layout/serialnumber.h"
 #include "support/fatalstop.h"
 
 #include <QCoreApplication>

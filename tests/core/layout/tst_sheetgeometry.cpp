@@ -1,4 +1,4 @@
-#include "layout/sheetgeometry.h"
+#include "core/layout/sheetgeometry.h"
 #include "support/fatalstop.h"
 
 #include <QCoreApplication>

@@ -1,10 +1,10 @@
-#include "layout/labelcopypainter.h"
-#include "layout/labeltextlayout.h"
-#include "layout/measurement.h"
-#include "layout/printplan.h"
-#include "layout/serialnumber.h"
-#include "layout/sheetgeometry.h"
-#include "layout/tilingtextview.h"
+#include "core/layout/labelcopypainter.h"
+#include "core/layout/labeltextlayout.h"
+#include "core/layout/measurement.h"
+#include "core/layout/serialnumber.h"
+#include "core/layout/sheetgeometry.h"
+#include "core/layout/tilingtextview.h"
+#include "core/printing/printplan.h"
 #include "support/fatalstop.h"
 
 #include <QFile>

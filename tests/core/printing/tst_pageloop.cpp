@@ -1,9 +1,10 @@
-#include "layout/calibrationpage.h"
-#include "layout/printjob.h"
-#include "layout/printplan.h"
-#include "layout/serialnumber.h"
-#include "layout/sheetgeometry.h"
-#include "layout/tilingtextview.h"
+#include "core/layout/serialnumber.h"
+#include "core/layout/sheetgeometry.h"
+#include "core/layout/tilingtextview.h"
+#include "core/printing/calibrationpage.h"
+#include "core/printing/pageloop.h"
+#include "core/printing/paper.h"
+#include "core/printing/printplan.h"
 #include "support/fatalstop.h"
 #include "support/printedpdf.h"
 
@@ -594,4 +595,4 @@ private Q_SLOTS:
 
 LOMIR_TEST_MAIN_WITH_FATAL_CASES(QGuiApplication, TestPrintJob)
 
-#include "tst_printjob.moc"
+#include "tst_pageloop.moc"

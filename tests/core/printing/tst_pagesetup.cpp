@@ -1,5 +1,6 @@
-#include "layout/pagesetup.h"
-#include "layout/printjob.h"
+#include "core/printing/calibration.h"
+#include "core/printing/pagesetup.h"
+#include "core/printing/paper.h"
 
 #include <QCoreApplication>
 #include <QPageSize>

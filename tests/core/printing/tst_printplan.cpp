@@ -1,5 +1,5 @@
-#include "layout/printplan.h"
-#include "layout/tilingtextview.h"
+#include "core/layout/tilingtextview.h"
+#include "core/printing/printplan.h"
 #include "support/fatalstop.h"
 
 #include <QGuiApplication>

@@ -1,8 +1,8 @@
-#include "app/appdelegate.h"
-#include "app/cascadingwindowcontroller.h"
-#include "app/documentdialogs.h"
-#include "document/document.h"
-#include "document/documentformats.h"
+#include "core/document/document.h"
+#include "core/document/documentformats.h"
+#include "gui/app/appdelegate.h"
+#include "gui/app/cascadingwindowcontroller.h"
+#include "gui/app/documentdialogs.h"
 #include "support/documentwindows.h"
 
 #include <QAbstractButton>

@@ -2,9 +2,9 @@
 // count, the question and feedback windows and their buttons, what is stored and what the
 // desktop is asked to open.
 
-#include "app/reviewprompt.h"
-#include "app/reviewwindows.h"
-#include "app/scene.h"
+#include "core/app/reviewprompt.h"
+#include "gui/app/reviewwindows.h"
+#include "gui/app/scene.h"
 #include "support/documentwindows.h"
 #include "support/fatalstop.h"
 

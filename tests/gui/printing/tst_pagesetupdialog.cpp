@@ -1,6 +1,7 @@
-#include "app/pagesetupdialog.h"
-#include "layout/pagesetup.h"
-#include "layout/printjob.h"
+#include "core/printing/calibration.h"
+#include "core/printing/pagesetup.h"
+#include "core/printing/paper.h"
+#include "gui/printing/pagesetupdialog.h"
 
 #include <QApplication>
 #include <QComboBox>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "base/errors.h"
-#include "base/result.h"
+#include "core/base/errors.h"
+#include "core/base/result.h"
 
 #include <QCoreApplication>
 #include <QString>

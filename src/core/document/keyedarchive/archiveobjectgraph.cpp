@@ -2,10 +2,11 @@
 // class of each object and the guards that keep a hostile archive from looping or
 // nesting without end. The class readers (keyedarchivereader.cpp) walk it.
 
-#include "document/keyedarchive/archiveobjectgraph.h"
+#include "core/document/keyedarchive/archiveobjectgraph.h"
 
-#include "document/keyedarchive/archiveerrors.h"
-#include "document/keyedarchive/keyedarchive.h"
+#include "core/base/result.h"
+#include "core/document/keyedarchive/archiveerrors.h"
+#include "core/document/keyedarchive/keyedarchive.h"
 
 #include <QScopeGuard>
 #include <algorithm>
@@ -136,11 +137,9 @@ std::vector<plist_t> arrayItems(plist_t array)
 Result<ArchiveObjectGraph> ArchiveObjectGraph::open(const QByteArray& data)
 {
     Result<PlistPtr> parsed = parsePropertyList(data);
-    if (!parsed)
-        return parsed.error();
+    LOMIR_RETURN_IF_ERROR(parsed);
     ArchiveObjectGraph graph(std::move(parsed).value());
-    if (Status checked = graph.readTop(); !checked)
-        return checked.error();
+    LOMIR_RETURN_IF_ERROR(graph.readTop());
     return graph;
 }
 
@@ -180,16 +179,14 @@ Result<ClassInfo> ArchiveObjectGraph::classOf(const Object& object)
     ClassInfo info{stringValue(name), {}};
     Result<QStringList> chain =
         classNames(description, "$classes", "a malformed list of superclasses");
-    if (!chain)
-        return chain.error();
+    LOMIR_RETURN_IF_ERROR(chain);
     info.chain = std::move(chain).value();
     // As macOS's unarchiver does, the hints are consulted only for a class that is
     // missing; the first that this reader knows stands in for it.
     if (!isReadableClass(info.name)) {
         Result<QStringList> hints =
             classNames(description, "$classhints", "a malformed list of class hints");
-        if (!hints)
-            return hints.error();
+        LOMIR_RETURN_IF_ERROR(hints);
         const auto hint = std::find_if(hints->begin(), hints->end(), isReadableClass);
         if (hint != hints->end())
             info.chain = QStringList{*hint};
@@ -223,8 +220,7 @@ Status ArchiveObjectGraph::readTop()
     if (root == nullptr)
         return archiveDamaged("it has no root object");
     Result<Object> resolved = resolve(root);
-    if (!resolved)
-        return resolved.error();
+    LOMIR_RETURN_IF_ERROR(resolved);
     m_root = resolved.value();
     return Done{};
 }
@@ -284,8 +280,7 @@ Status ArchiveObjectGraph::expectClass(const Object& object, const char* classNa
                                              "else")
                                   .arg(QLatin1String(description)));
     Result<ClassInfo> info = classOf(object);
-    if (!info)
-        return info.error();
+    LOMIR_RETURN_IF_ERROR(info);
     if (!info->inherits(className))
         return info->mismatch(
             archiveDamaged(QStringLiteral("where it should hold %1, it holds an object of "
@@ -299,8 +294,7 @@ Result<QString> ArchiveObjectGraph::readString(plist_t reference, const char* wh
     if (reference == nullptr)
         return archiveDamaged(QStringLiteral("%1 is missing").arg(QLatin1String(what)));
     Result<Object> object = resolve(reference);
-    if (!object)
-        return object.error();
+    LOMIR_RETURN_IF_ERROR(object);
     if (object->isNil())
         return archiveDamaged(QStringLiteral("%1 is missing").arg(QLatin1String(what)));
     const plist_type type = plist_get_node_type(object->node);
@@ -311,8 +305,7 @@ Result<QString> ArchiveObjectGraph::readString(plist_t reference, const char* wh
     if (type != PLIST_DICT)
         return notString;
     Result<ClassInfo> info = classOf(*object);
-    if (!info)
-        return info.error();
+    LOMIR_RETURN_IF_ERROR(info);
     if (!info->inherits("NSString"))
         return info->mismatch(notString);
     plist_t inlineString = plist_dict_get_item(object->node, "NS.string");
@@ -334,8 +327,7 @@ Result<plist_t> ArchiveObjectGraph::inlineValue(const Object& object, const char
     if (object.isNil() || plist_get_node_type(object.node) != PLIST_DICT)
         return wrong;
     Result<ClassInfo> info = classOf(object);
-    if (!info)
-        return info.error();
+    LOMIR_RETURN_IF_ERROR(info);
     if (!info->inherits(className))
         return info->mismatch(wrong);
     plist_t value = plist_dict_get_item(object.node, key);
@@ -351,8 +343,7 @@ Result<QByteArray> ArchiveObjectGraph::readData(const Object& object, const char
     Result<plist_t> bytes =
         inlineValue(object, "NSData", "NS.data", PLIST_DATA,
                     archiveDamaged(QStringLiteral("%1 is not data").arg(QLatin1String(what))));
-    if (!bytes)
-        return bytes.error();
+    LOMIR_RETURN_IF_ERROR(bytes);
     return dataValue(bytes.value());
 }
 
@@ -361,12 +352,10 @@ Result<std::vector<plist_t>> ArchiveObjectGraph::readArray(const Object& object,
     Result<plist_t> items = inlineValue(
         object, "NSArray", "NS.objects", PLIST_ARRAY,
         archiveDamaged(QStringLiteral("its %1 are not a list").arg(QLatin1String(what))));
-    if (!items)
-        return items.error();
+    LOMIR_RETURN_IF_ERROR(items);
     std::vector<plist_t> references = arrayItems(items.value());
     for (plist_t reference : references) {
-        if (Result<Object> element = resolve(reference); !element)
-            return element.error();
+        LOMIR_RETURN_IF_ERROR(resolve(reference));
     }
     return references;
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "base/result.h"
-#include "document/keyedarchive/propertylist.h"
+#include "core/base/result.h"
+#include "core/document/keyedarchive/propertylist.h"
 
 #include <QByteArray>
 #include <QString>

@@ -1,4 +1,4 @@
-#include "document/keyedarchive/colorspaces.h"
+#include "core/document/keyedarchive/colorspaces.h"
 
 #include <algorithm>
 #include <cmath>

@@ -11,13 +11,13 @@
 // numbers, fonts, colours, paragraph styles, attribute dictionaries) share one entry,
 // which is safe because all of them are immutable. Reading is in keyedarchivereader.cpp.
 
-#include "document/keyedarchive/keyedarchive.h"
+#include "core/document/keyedarchive/keyedarchive.h"
 
-#include "document/keyedarchive/colorspaces.h"
-#include "document/keyedarchive/propertylist.h"
-#include "document/keyedarchive/runtable.h"
-#include "document/keyedarchive/srgbprofile.h"
-#include "document/richtext/fontnames.h"
+#include "core/document/keyedarchive/colorspaces.h"
+#include "core/document/keyedarchive/propertylist.h"
+#include "core/document/keyedarchive/runtable.h"
+#include "core/document/keyedarchive/srgbprofile.h"
+#include "core/document/richtext/fontnames.h"
 
 #include <algorithm>
 #include <cmath>

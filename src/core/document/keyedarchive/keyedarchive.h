@@ -1,8 +1,8 @@
 #pragma once
 
-#include "base/errors.h"
-#include "base/result.h"
-#include "document/richtext/richtext.h"
+#include "core/base/errors.h"
+#include "core/base/result.h"
+#include "core/document/richtext/richtext.h"
 
 #include <QByteArray>
 

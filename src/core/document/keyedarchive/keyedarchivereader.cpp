@@ -11,13 +11,14 @@
 // should be, the archive is refused as holding such an object, not as damaged, since
 // nothing in it is malformed.
 
-#include "document/keyedarchive/archiveerrors.h"
-#include "document/keyedarchive/archiveobjectgraph.h"
-#include "document/keyedarchive/colorspaces.h"
-#include "document/keyedarchive/keyedarchive.h"
-#include "document/keyedarchive/propertylist.h"
-#include "document/keyedarchive/runtable.h"
-#include "document/richtext/fontnames.h"
+#include "core/base/result.h"
+#include "core/document/keyedarchive/archiveerrors.h"
+#include "core/document/keyedarchive/archiveobjectgraph.h"
+#include "core/document/keyedarchive/colorspaces.h"
+#include "core/document/keyedarchive/keyedarchive.h"
+#include "core/document/keyedarchive/propertylist.h"
+#include "core/document/keyedarchive/runtable.h"
+#include "core/document/richtext/fontnames.h"
 
 #include <QScopeGuard>
 #include <QStringList>
@@ -127,8 +128,7 @@ public:
     static Result<ArchiveReader> open(const QByteArray& data)
     {
         Result<ArchiveObjectGraph> graph = ArchiveObjectGraph::open(data);
-        if (!graph)
-            return graph.error();
+        LOMIR_RETURN_IF_ERROR(graph);
         return ArchiveReader(std::move(graph).value());
     }
 
@@ -137,14 +137,12 @@ public:
 
     Result<RichText> readAttributedString(const Object& object)
     {
-        if (Status entered = m_graph.enter(object); !entered)
-            return entered.error();
+        LOMIR_RETURN_IF_ERROR(m_graph.enter(object));
         const auto leave = qScopeGuard([this] { m_graph.leave(); });
 
         Result<QString> text = m_graph.readString(plist_dict_get_item(object.node, "NSString"),
                                                   "the text of an attributed string");
-        if (!text)
-            return text.error();
+        LOMIR_RETURN_IF_ERROR(text);
         const QString& string = text.value();
         if (string.isEmpty())
             return RichText();
@@ -152,30 +150,25 @@ public:
         plist_t attributesKey = plist_dict_get_item(object.node, "NSAttributes");
         plist_t infoKey = plist_dict_get_item(object.node, "NSAttributeInfo");
         Result<Object> info = infoKey ? m_graph.resolve(infoKey) : Result<Object>(Object{});
-        if (!info)
-            return info.error();
+        LOMIR_RETURN_IF_ERROR(info);
         Result<Object> attributes =
             attributesKey ? m_graph.resolve(attributesKey) : Result<Object>(Object{});
-        if (!attributes)
-            return attributes.error();
+        LOMIR_RETURN_IF_ERROR(attributes);
 
         if (info->isNil()) {
             // One run: a dictionary, or no attributes at all.
             if (attributes->isNil())
                 return RichText(string);
             Result<const TextAttributes*> single = readAttributes(*attributes);
-            if (!single)
-                return single.error();
+            LOMIR_RETURN_IF_ERROR(single);
             return RichText(string, **single);
         }
 
         // Several runs: an array of dictionaries and the run table.
         Result<QByteArray> table = m_graph.readData(*info, "the run table of an attributed string");
-        if (!table)
-            return table.error();
+        LOMIR_RETURN_IF_ERROR(table);
         Result<std::vector<plist_t>> dictionaries = m_graph.readArray(*attributes, "attributes");
-        if (!dictionaries)
-            return dictionaries.error();
+        LOMIR_RETURN_IF_ERROR(dictionaries);
         const qint64 dictionaryCount = qint64(dictionaries->size());
         // The whole table is checked before any dictionary is read, so that a damaged
         // table is reported as such whatever the dictionaries hold.
@@ -194,38 +187,31 @@ public:
                          [&](const RunTableEntry& entry) -> Status {
                              Result<Object> dictionary =
                                  m_graph.resolve(dictionaries.value()[std::size_t(entry.index)]);
-                             if (!dictionary)
-                                 return dictionary.error();
+                             LOMIR_RETURN_IF_ERROR(dictionary);
                              Result<const TextAttributes*> runAttributes =
                                  readAttributes(*dictionary);
-                             if (!runAttributes)
-                                 return runAttributes.error();
+                             LOMIR_RETURN_IF_ERROR(runAttributes);
                              joined.append(characters.mid(location, entry.length), **runAttributes);
                              location += entry.length;
                              return Done{};
                          });
-        if (!built)
-            return built.error();
+        LOMIR_RETURN_IF_ERROR(built);
         return joined;
     }
 
     Result<Rgba> readColor(const Object& object)
     {
-        if (Status entered = m_graph.enter(object); !entered)
-            return entered.error();
+        LOMIR_RETURN_IF_ERROR(m_graph.enter(object));
         const auto leave = qScopeGuard([this] { m_graph.leave(); });
-        if (Status checked = m_graph.expectClass(object, "NSColor", "a colour"); !checked)
-            return checked.error();
+        LOMIR_RETURN_IF_ERROR(m_graph.expectClass(object, "NSColor", "a colour"));
 
         Result<std::optional<Rgba>> uiKitColor = readUIKitComponents(object.node);
-        if (!uiKitColor)
-            return uiKitColor.error();
+        LOMIR_RETURN_IF_ERROR(uiKitColor);
         if (*uiKitColor)
             return **uiKitColor;
 
         Result<std::optional<qint64>> model = integerFor(object.node, "NSColorSpace");
-        if (!model)
-            return model.error();
+        LOMIR_RETURN_IF_ERROR(model);
         if (!*model)
             return archiveDamaged("a colour has no colour space");
 
@@ -237,11 +223,9 @@ public:
             ComponentSpace space = ComponentSpace::Srgb;
             if (plist_t custom = plist_dict_get_item(object.node, "NSCustomColorSpace")) {
                 Result<Object> spaceObject = m_graph.resolve(custom);
-                if (!spaceObject)
-                    return spaceObject.error();
+                LOMIR_RETURN_IF_ERROR(spaceObject);
                 Result<ComponentSpace> read = readColorSpace(*spaceObject);
-                if (!read)
-                    return read.error();
+                LOMIR_RETURN_IF_ERROR(read);
                 space = read.value();
             }
             const auto values = parseComponents(dataValue(components));
@@ -254,8 +238,7 @@ public:
         case CalibratedRgb:
         case DeviceRgb: {
             Result<std::vector<double>> values = componentsFor(object.node, "NSRGB", 3, 4);
-            if (!values)
-                return values.error();
+            LOMIR_RETURN_IF_ERROR(values);
             const std::vector<double>& v = values.value();
             const Rgb rgb{v[0], v[1], v[2]};
             // Device RGB is taken to be sRGB, as on any current display.
@@ -266,15 +249,13 @@ public:
         case DeviceWhite: {
             // A grey level is kept as the same sRGB grey level.
             Result<std::vector<double>> values = componentsFor(object.node, "NSWhite", 1, 2);
-            if (!values)
-                return values.error();
+            LOMIR_RETURN_IF_ERROR(values);
             const std::vector<double>& v = values.value();
             return rgbaFromFractions({v[0], v[0], v[0]}, v.size() == 2 ? v[1] : 1.0);
         }
         case DeviceCmyk: {
             Result<std::vector<double>> values = componentsFor(object.node, "NSCMYK", 4, 5);
-            if (!values)
-                return values.error();
+            LOMIR_RETURN_IF_ERROR(values);
             const std::vector<double>& v = values.value();
             const double k = 1.0 - v[3];
             return rgbaFromFractions({(1.0 - v[0]) * k, (1.0 - v[1]) * k, (1.0 - v[2]) * k},
@@ -284,15 +265,13 @@ public:
             // A catalog colour carries the colour it stood for when it was archived.
             if (plist_t fallback = plist_dict_get_item(object.node, "NSColor")) {
                 Result<Object> fallbackObject = m_graph.resolve(fallback);
-                if (!fallbackObject)
-                    return fallbackObject.error();
+                LOMIR_RETURN_IF_ERROR(fallbackObject);
                 if (!fallbackObject->isNil())
                     return readColor(*fallbackObject);
             }
             Result<QString> name = m_graph.readString(
                 plist_dict_get_item(object.node, "NSColorName"), "a colour name");
-            if (!name)
-                return name.error();
+            LOMIR_RETURN_IF_ERROR(name);
             return namedColor(name.value());
         }
         default:
@@ -304,23 +283,19 @@ public:
 
     Result<FontSpec> readFont(const Object& object)
     {
-        if (Status entered = m_graph.enter(object); !entered)
-            return entered.error();
+        LOMIR_RETURN_IF_ERROR(m_graph.enter(object));
         const auto leave = qScopeGuard([this] { m_graph.leave(); });
-        if (Status checked = m_graph.expectClass(object, "NSFont", "a font"); !checked)
-            return checked.error();
+        LOMIR_RETURN_IF_ERROR(m_graph.expectClass(object, "NSFont", "a font"));
 
         // A UIFont, read through its NSFont hint, has its name and size under UIKit's keys
         // as well as NSFont's; NSFont's come first, as macOS reads them.
         Result<QString> name = m_graph.readString(
             plist_dict_get_item(object.node, presentKey(object.node, "NSName", "UIFontName")),
             "a font name");
-        if (!name)
-            return name.error();
+        LOMIR_RETURN_IF_ERROR(name);
         Result<std::optional<double>> size =
             realFor(object.node, presentKey(object.node, "NSSize", "UIFontPointSize"));
-        if (!size)
-            return size.error();
+        LOMIR_RETURN_IF_ERROR(size);
         // A size of zero asks for the default size, as fontWithName:size: does.
         double pointSize = size->value_or(0.0);
         if (!std::isfinite(pointSize) || pointSize <= 0.0)
@@ -345,8 +320,7 @@ private:
     Result<std::optional<Rgba>> readUIKitComponents(plist_t color)
     {
         Result<std::optional<qint64>> count = integerFor(color, "UIColorComponentCount");
-        if (!count)
-            return count.error();
+        LOMIR_RETURN_IF_ERROR(count);
         if (*count != 2 && *count != 4)
             return std::optional<Rgba>();
         using KeyPair = std::pair<const char*, const char*>;
@@ -360,8 +334,7 @@ private:
         for (const auto& [precise, single] : **count == 4 ? rgbKeys : whiteKeys) {
             Result<std::optional<double>> value =
                 realFor(color, presentKey(color, precise, single));
-            if (!value)
-                return value.error();
+            LOMIR_RETURN_IF_ERROR(value);
             values.push_back(value->value_or(0.0));
         }
         if (values.size() == 2)
@@ -388,16 +361,12 @@ private:
     {
         if (object.isNil())
             return ComponentSpace::Srgb;
-        if (Status entered = m_graph.enter(object); !entered)
-            return entered.error();
+        LOMIR_RETURN_IF_ERROR(m_graph.enter(object));
         const auto leave = qScopeGuard([this] { m_graph.leave(); });
-        if (Status checked = m_graph.expectClass(object, "NSColorSpace", "a colour space");
-            !checked)
-            return checked.error();
+        LOMIR_RETURN_IF_ERROR(m_graph.expectClass(object, "NSColorSpace", "a colour space"));
 
         Result<std::optional<qint64>> spaceId = integerFor(object.node, "NSSpaceID");
-        if (!spaceId)
-            return spaceId.error();
+        LOMIR_RETURN_IF_ERROR(spaceId);
         if (*spaceId) {
             switch (**spaceId) {
             case 12: // Display P3
@@ -411,19 +380,16 @@ private:
             }
         }
         Result<std::optional<qint64>> id = integerFor(object.node, "NSID");
-        if (!id)
-            return id.error();
+        LOMIR_RETURN_IF_ERROR(id);
         if (*id)
             return **id == 1 ? ComponentSpace::GenericRgb : ComponentSpace::Srgb;
         // A space known only by its profile.
         if (plist_t iccKey = plist_dict_get_item(object.node, "NSICC")) {
             Result<Object> icc = m_graph.resolve(iccKey);
-            if (!icc)
-                return icc.error();
+            LOMIR_RETURN_IF_ERROR(icc);
             if (!icc->isNil()) {
                 Result<QByteArray> profile = m_graph.readData(*icc, "a colour profile");
-                if (!profile)
-                    return profile.error();
+                LOMIR_RETURN_IF_ERROR(profile);
                 if (isDisplayP3Profile(profile.value()))
                     return ComponentSpace::DisplayP3;
             }
@@ -463,17 +429,13 @@ private:
 
     Result<ParagraphStyle> readParagraphStyle(const Object& object)
     {
-        if (Status entered = m_graph.enter(object); !entered)
-            return entered.error();
+        LOMIR_RETURN_IF_ERROR(m_graph.enter(object));
         const auto leave = qScopeGuard([this] { m_graph.leave(); });
-        if (Status checked = m_graph.expectClass(object, "NSParagraphStyle", "a paragraph style");
-            !checked)
-            return checked.error();
+        LOMIR_RETURN_IF_ERROR(m_graph.expectClass(object, "NSParagraphStyle", "a paragraph style"));
 
         ParagraphStyle style;
         Result<std::optional<qint64>> alignment = integerFor(object.node, "NSAlignment");
-        if (!alignment)
-            return alignment.error();
+        LOMIR_RETURN_IF_ERROR(alignment);
         // An absent alignment is left (0), not natural. Values beyond the known ones are
         // read as natural.
         const qint64 value = alignment->value_or(0);
@@ -492,8 +454,7 @@ private:
         };
         for (const auto& [key, member] : lengths) {
             Result<std::optional<double>> length = realFor(object.node, key);
-            if (!length)
-                return length.error();
+            LOMIR_RETURN_IF_ERROR(length);
             // A length that is not a finite number has no meaning; it counts as unset.
             const double v = length->value_or(0.0);
             style.*member = std::isfinite(v) ? v : 0.0;
@@ -505,8 +466,7 @@ private:
     Result<int> readLineStyle(plist_t reference, const char* what)
     {
         Result<Object> object = m_graph.resolve(reference);
-        if (!object)
-            return object.error();
+        LOMIR_RETURN_IF_ERROR(object);
         if (object->isNil())
             return LineStyle::None;
         const std::optional<qint64> value = integerValue(object->node);
@@ -527,12 +487,10 @@ private:
             return &kNoAttributes;
         if (const auto known = m_attributes.find(object.uid); known != m_attributes.end())
             return &known->second;
-        if (Status entered = m_graph.enter(object); !entered)
-            return entered.error();
+        LOMIR_RETURN_IF_ERROR(m_graph.enter(object));
         const auto leave = qScopeGuard([this] { m_graph.leave(); });
-        if (Status checked = m_graph.expectClass(object, "NSDictionary", "an attribute dictionary");
-            !checked)
-            return checked.error();
+        LOMIR_RETURN_IF_ERROR(
+            m_graph.expectClass(object, "NSDictionary", "an attribute dictionary"));
 
         plist_t keys = plist_dict_get_item(object.node, "NS.keys");
         plist_t values = plist_dict_get_item(object.node, "NS.objects");
@@ -549,51 +507,42 @@ private:
         const std::vector<plist_t> valueItems = empty ? std::vector<plist_t>() : arrayItems(values);
         for (std::size_t i = 0; i < keyItems.size(); ++i) {
             Result<QString> key = m_graph.readString(keyItems[i], "the name of an attribute");
-            if (!key)
-                return key.error();
+            LOMIR_RETURN_IF_ERROR(key);
             plist_t value = valueItems[i];
             const QString& name = key.value();
             if (name == QLatin1String("NSFont")) {
                 Result<Object> font = m_graph.resolve(value);
-                if (!font)
-                    return font.error();
+                LOMIR_RETURN_IF_ERROR(font);
                 if (font->isNil())
                     continue;
                 Result<FontSpec> face = readFont(*font);
-                if (!face)
-                    return face.error();
+                LOMIR_RETURN_IF_ERROR(face);
                 attributes.font = std::move(face).value();
             } else if (name == QLatin1String("NSColor") ||
                        name == QLatin1String("NSBackgroundColor")) {
                 Result<Object> color = m_graph.resolve(value);
-                if (!color)
-                    return color.error();
+                LOMIR_RETURN_IF_ERROR(color);
                 if (color->isNil())
                     continue;
                 Result<Rgba> rgba = readColor(*color);
-                if (!rgba)
-                    return rgba.error();
+                LOMIR_RETURN_IF_ERROR(rgba);
                 (name == QLatin1String("NSColor") ? attributes.foreground : attributes.background) =
                     rgba.value();
             } else if (name == QLatin1String("NSParagraphStyle")) {
                 Result<Object> paragraph = m_graph.resolve(value);
-                if (!paragraph)
-                    return paragraph.error();
+                LOMIR_RETURN_IF_ERROR(paragraph);
                 if (paragraph->isNil())
                     continue;
                 Result<ParagraphStyle> style = readParagraphStyle(*paragraph);
-                if (!style)
-                    return style.error();
+                LOMIR_RETURN_IF_ERROR(style);
                 attributes.paragraph = style.value();
             } else if (name == QLatin1String("NSUnderline")) {
                 Result<int> style = readLineStyle(value, "underline");
-                if (!style)
-                    return style.error();
+                LOMIR_RETURN_IF_ERROR(style);
                 attributes.underline = style.value();
             } else if (name == QLatin1String("NSStrikethrough")) {
                 Result<int> style = readLineStyle(value, "strikethrough");
-                if (!style)
-                    return style.error();
+                LOMIR_RETURN_IF_ERROR(style);
                 attributes.strikethrough = style.value();
             }
         }
@@ -619,8 +568,7 @@ Result<ArchiveReader> openWithRoot(const QByteArray& archive, const char* classN
                          .arg(QLatin1String(description))};
     }
     Result<ClassInfo> info = reader->classOf(root);
-    if (!info)
-        return info.error();
+    LOMIR_RETURN_IF_ERROR(info);
     if (!info->inherits(className))
         return info->mismatch(wrongRootClass(info->name, description));
     return reader;
@@ -632,8 +580,7 @@ Result<RichText> unarchiveRichText(const QByteArray& archive)
 {
     Result<ArchiveReader> reader = openWithRoot(
         archive, "NSAttributedString", "an attributed string", kArchiveRootNotAttributedString);
-    if (!reader)
-        return reader.error();
+    LOMIR_RETURN_IF_ERROR(reader);
     return reader->readAttributedString(reader->root());
 }
 
@@ -641,8 +588,7 @@ Result<Rgba> unarchiveColor(const QByteArray& archive)
 {
     Result<ArchiveReader> reader =
         openWithRoot(archive, "NSColor", "a colour", kArchiveReadCorruptError);
-    if (!reader)
-        return reader.error();
+    LOMIR_RETURN_IF_ERROR(reader);
     return reader->readColor(reader->root());
 }
 
@@ -650,8 +596,7 @@ Result<FontSpec> unarchiveFont(const QByteArray& archive)
 {
     Result<ArchiveReader> reader =
         openWithRoot(archive, "NSFont", "a font", kArchiveReadCorruptError);
-    if (!reader)
-        return reader.error();
+    LOMIR_RETURN_IF_ERROR(reader);
     return reader->readFont(reader->root());
 }
 

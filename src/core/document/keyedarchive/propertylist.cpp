@@ -1,7 +1,7 @@
-#include "document/keyedarchive/propertylist.h"
+#include "core/document/keyedarchive/propertylist.h"
 
-#include "document/documentlimits.h"
-#include "document/keyedarchive/archiveerrors.h"
+#include "core/base/documentlimits.h"
+#include "core/document/keyedarchive/archiveerrors.h"
 
 #include <QXmlStreamReader>
 #include <algorithm>
@@ -407,8 +407,7 @@ Result<PlistPtr> parsePropertyList(const QByteArray& data)
     if (data.startsWith("bplist")) {
         if (!data.startsWith("bplist00"))
             return archiveDamaged("its binary property list has an unknown version");
-        if (Status checked = BinaryListCheck(data).run(); !checked)
-            return checked.error();
+        LOMIR_RETURN_IF_ERROR(BinaryListCheck(data).run());
         plist_t root = nullptr;
         plist_from_bin(data.constData(), uint32_t(data.size()), &root);
         if (root == nullptr)

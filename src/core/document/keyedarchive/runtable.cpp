@@ -1,6 +1,7 @@
-#include "document/keyedarchive/runtable.h"
+#include "core/document/keyedarchive/runtable.h"
 
-#include "document/keyedarchive/archiveerrors.h"
+#include "core/base/result.h"
+#include "core/document/keyedarchive/archiveerrors.h"
 
 #include <optional>
 
@@ -86,8 +87,7 @@ Result<std::vector<RunTableEntry>> decodeRunTable(const QByteArray& data, qint64
             entries.push_back(entry);
             return Status(Done{});
         });
-    if (!read)
-        return read.error();
+    LOMIR_RETURN_IF_ERROR(read);
     return entries;
 }
 

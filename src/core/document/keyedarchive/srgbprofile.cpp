@@ -1,4 +1,4 @@
-#include "document/keyedarchive/srgbprofile.h"
+#include "core/document/keyedarchive/srgbprofile.h"
 
 namespace lomir {
 

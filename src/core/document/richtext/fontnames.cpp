@@ -1,4 +1,4 @@
-#include "document/richtext/fontnames.h"
+#include "core/document/richtext/fontnames.h"
 
 #include <QLatin1String>
 #include <QStringList>

@@ -1,4 +1,4 @@
-#include "document/richtext/richtext.h"
+#include "core/document/richtext/richtext.h"
 
 #include <QHashFunctions>
 #include <QTextBoundaryFinder>

@@ -1,4 +1,4 @@
-#include "document/richtext/richtextdocument.h"
+#include "core/document/richtext/richtextdocument.h"
 
 #include <QTextBlock>
 #include <QTextCursor>

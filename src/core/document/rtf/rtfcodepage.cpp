@@ -1,4 +1,4 @@
-#include "document/rtf/rtfcodepage.h"
+#include "core/document/rtf/rtfcodepage.h"
 
 #include <QByteArray>
 #include <array>

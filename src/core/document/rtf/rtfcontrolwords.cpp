@@ -1,4 +1,4 @@
-#include "document/rtf/rtfcontrolwords.h"
+#include "core/document/rtf/rtfcontrolwords.h"
 
 #include <algorithm>
 #include <array>

@@ -1,8 +1,9 @@
-#include "document/richtext/fontnames.h"
-#include "document/rtf/rtf.h"
-#include "document/rtf/rtfcodepage.h"
-#include "document/rtf/rtfcontrolwords.h"
-#include "document/rtf/rtftokenizer.h"
+#include "core/base/result.h"
+#include "core/document/richtext/fontnames.h"
+#include "core/document/rtf/rtf.h"
+#include "core/document/rtf/rtfcodepage.h"
+#include "core/document/rtf/rtfcontrolwords.h"
+#include "core/document/rtf/rtftokenizer.h"
 
 #include <QCoreApplication>
 #include <QString>
@@ -239,8 +240,7 @@ Result<RichText> RtfReader::read()
         if (token.kind == Token::Kind::End)
             break;
         const Status handled = handleToken(token);
-        if (!handled)
-            return handled.error();
+        LOMIR_RETURN_IF_ERROR(handled);
     }
     // A document cut off before its closing braces keeps what it has, as editors do.
     flushBytes();

@@ -1,6 +1,6 @@
-#include "document/rtf/rtftokenizer.h"
+#include "core/document/rtf/rtftokenizer.h"
 
-#include "document/rtf/rtf.h"
+#include "core/document/rtf/rtf.h"
 
 namespace lomir::rtf {
 

@@ -1,5 +1,5 @@
-#include "document/rtf/rtf.h"
-#include "document/rtf/rtfcodepage.h"
+#include "core/document/rtf/rtf.h"
+#include "core/document/rtf/rtfcodepage.h"
 
 #include <QString>
 #include <algorithm>

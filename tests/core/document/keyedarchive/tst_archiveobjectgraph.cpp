@@ -1,7 +1,7 @@
 // The object graph of a keyed archive on its own: references, classes and hints, and
 // the guards against archives that refer to themselves or nest without end.
 
-#include "document/keyedarchive/archiveobjectgraph.h"
+#include "core/document/keyedarchive/archiveobjectgraph.h"
 #include "support/archivebuilder.h"
 
 #include <QTest>

@@ -1,9 +1,9 @@
-#include "document/documentlimits.h"
-#include "document/keyedarchive/colorspaces.h"
-#include "document/keyedarchive/keyedarchive.h"
-#include "document/keyedarchive/propertylist.h"
-#include "document/keyedarchive/runtable.h"
-#include "document/richtext/fontnames.h"
+#include "core/base/documentlimits.h"
+#include "core/document/keyedarchive/colorspaces.h"
+#include "core/document/keyedarchive/keyedarchive.h"
+#include "core/document/keyedarchive/propertylist.h"
+#include "core/document/keyedarchive/runtable.h"
+#include "core/document/richtext/fontnames.h"
 #include "support/archivebuilder.h"
 
 #include <QDir>

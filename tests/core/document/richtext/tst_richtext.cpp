@@ -1,5 +1,5 @@
-#include "document/richtext/richtext.h"
-#include "document/richtext/richtextdocument.h"
+#include "core/document/richtext/richtext.h"
+#include "core/document/richtext/richtextdocument.h"
 
 #include <QTest>
 #include <QTextBlock>

@@ -1,5 +1,5 @@
-#include "document/richtext/fontnames.h"
-#include "document/rtf/rtf.h"
+#include "core/document/richtext/fontnames.h"
+#include "core/document/rtf/rtf.h"
 
 #include <QDir>
 #include <QElapsedTimer>

@@ -1,9 +1,9 @@
 // The RTF tokenizer and the control-word table on their own: what the reader's state
 // machine is given for the bytes of a document.
 
-#include "document/rtf/rtf.h"
-#include "document/rtf/rtfcontrolwords.h"
-#include "document/rtf/rtftokenizer.h"
+#include "core/document/rtf/rtf.h"
+#include "core/document/rtf/rtfcontrolwords.h"
+#include "core/document/rtf/rtftokenizer.h"
 
 #include <QTest>
 #include <string>
