@@ -180,11 +180,11 @@ RichText plainLabel(const Options& options, qint64 digits)
     return RichText(text, attributes);
 }
 
-TextAttributes face(const QString& family, double size, bool bold, bool italic, Rgba colour)
+TextAttributes face(const QString& family, double size, bool bold, bool italic, Rgba color)
 {
     TextAttributes attributes;
     attributes.font = FontSpec{family, QString(), size, bold, italic};
-    attributes.foreground = colour;
+    attributes.foreground = color;
     return attributes;
 }
 
@@ -194,10 +194,10 @@ RichText richLabel(qint64 digits)
 {
     const QString sans = QStringLiteral("Arial");
     const QString serif = QStringLiteral("Liberation Serif");
-    ParagraphStyle centred;
-    centred.alignment = TextAlignment::Center;
+    ParagraphStyle centered;
+    centered.alignment = TextAlignment::Center;
     TextAttributes title = face(sans, 11.0, true, false, Rgba{20, 20, 60, 255});
-    title.paragraph = centred;
+    title.paragraph = centered;
     const TextAttributes label = face(sans, 9.0, false, false, Rgba{90, 90, 90, 255});
     const TextAttributes serial = face(sans, 10.0, false, false, Rgba{200, 20, 20, 255});
     const TextAttributes serialBold = face(sans, 10.0, true, false, Rgba{200, 20, 20, 255});

@@ -72,9 +72,9 @@ int lineStyleNumber(int raw)
     }
 }
 
-OrderedJson colourJson(const std::optional<Rgba>& colour)
+OrderedJson colorJson(const std::optional<Rgba>& color)
 {
-    return colour ? OrderedJson(utf8(colour->toHex())) : OrderedJson(nullptr);
+    return color ? OrderedJson(utf8(color->toHex())) : OrderedJson(nullptr);
 }
 
 const char* alignmentName(const std::optional<ParagraphStyle>& paragraph)
@@ -178,8 +178,8 @@ private:
         member(kRunDepth, "italic", attributes.font && attributes.font->italic);
         member(kRunDepth, "underline", lineStyleNumber(attributes.underline));
         member(kRunDepth, "strikethrough", lineStyleNumber(attributes.strikethrough));
-        member(kRunDepth, "foreground", colourJson(attributes.foreground));
-        member(kRunDepth, "background", colourJson(attributes.background));
+        member(kRunDepth, "foreground", colorJson(attributes.foreground));
+        member(kRunDepth, "background", colorJson(attributes.background));
         member(kRunDepth, "alignment", alignmentName(attributes.paragraph));
     }
 

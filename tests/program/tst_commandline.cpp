@@ -46,9 +46,9 @@ RichText label()
     bold.font =
         FontSpec{QStringLiteral("Helvetica"), QStringLiteral("Helvetica-Bold"), 12.0, true, false};
     bold.foreground = Rgba{255, 0, 0, 255};
-    ParagraphStyle centred;
-    centred.alignment = TextAlignment::Center;
-    bold.paragraph = centred;
+    ParagraphStyle centered;
+    centered.alignment = TextAlignment::Center;
+    bold.paragraph = centered;
     RichText text(QStringLiteral("Fig 🍯 "), bold);
     text.append(QStringLiteral("#\u200D#\u200D"), TextAttributes{});
     return text;

@@ -9,7 +9,7 @@ bool isDarkAppearance(const std::optional<QString>& appearanceStyle, bool palett
     return paletteIsDark;
 }
 
-QColor labelShadowColour(bool darkAppearance)
+QColor labelShadowColor(bool darkAppearance)
 {
     return darkAppearance ? QColor::fromRgbF(0.0f, 0.0f, 0.0f) : QColor::fromRgbF(0.5f, 0.5f, 0.5f);
 }

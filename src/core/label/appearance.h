@@ -22,6 +22,6 @@ inline constexpr char kAppearanceStyleKey[] = "AppleInterfaceStyle";
 bool isDarkAppearance(const std::optional<QString>& appearanceStyle, bool paletteIsDark);
 
 // The label's shadow: black on a dark desktop, where gray would not show, else 50% gray.
-QColor labelShadowColour(bool darkAppearance);
+QColor labelShadowColor(bool darkAppearance);
 
 } // namespace lomir

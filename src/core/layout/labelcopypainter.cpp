@@ -32,7 +32,7 @@ constexpr double kInkTolerance = 0.01;
 constexpr std::size_t kKeptLayouts = 512;
 
 // Text without a colour of its own is drawn black, as labels print.
-const QColor kDefaultTextColour = Qt::black;
+const QColor kDefaultTextColor = Qt::black;
 
 struct DigitSlot
 {
@@ -47,7 +47,7 @@ struct DigitSlot
 struct GlyphOp
 {
     QRawFont font;
-    QColor colour;
+    QColor color;
     QList<quint32> glyphs;
     QList<QPointF> positions;
     std::vector<DigitSlot> slots;
@@ -55,8 +55,8 @@ struct GlyphOp
     // Same font, colour, number of glyphs and digit places: drawable in one run.
     bool hasSameStructure(const GlyphOp& other) const
     {
-        return font == other.font && colour == other.colour &&
-               glyphs.size() == other.glyphs.size() && slots == other.slots;
+        return font == other.font && color == other.color && glyphs.size() == other.glyphs.size() &&
+               slots == other.slots;
     }
 
     // The same glyphs in the same places, the serial digits aside.
@@ -103,7 +103,7 @@ enum class Piece
 // Adds the glyphs of one line's characters [from, to) of a block (block positions).
 // digitIndex is the place of the serial digit a Digit piece holds.
 bool appendGlyphs(std::vector<GlyphOp>& ops, const QTextLine& line, const QPointF& origin, int from,
-                  int to, const QColor& colour, Piece piece, int digitIndex)
+                  int to, const QColor& color, Piece piece, int digitIndex)
 {
     const QList<QGlyphRun> runs = line.glyphRuns(from, to - from);
     if (piece == Piece::Digit && (runs.size() != 1 || runs.front().glyphIndexes().size() != 1))
@@ -117,8 +117,8 @@ bool appendGlyphs(std::vector<GlyphOp>& ops, const QTextLine& line, const QPoint
         for (qsizetype i = 0; i < glyphs.size(); ++i) {
             if (piece == Piece::Blank && font.boundingRect(glyphs[i]).isEmpty())
                 continue;
-            if (ops.empty() || !(ops.back().font == font) || ops.back().colour != colour)
-                ops.push_back(GlyphOp{font, colour, {}, {}, {}});
+            if (ops.empty() || !(ops.back().font == font) || ops.back().color != color)
+                ops.push_back(GlyphOp{font, color, {}, {}, {}});
             GlyphOp& op = ops.back();
             if (piece == Piece::Digit)
                 op.slots.push_back(DigitSlot{op.glyphs.size(), digitIndex});
@@ -158,9 +158,9 @@ std::optional<std::vector<GlyphOp>> glyphOps(const LabelTextLayout& layout, int 
                 const QTextCharFormat format = fragment.charFormat();
                 if (!drawnByGlyphsAlone(format))
                     return std::nullopt;
-                const QColor colour = format.foreground().style() == Qt::NoBrush
-                                          ? kDefaultTextColour
-                                          : format.foreground().color();
+                const QColor color = format.foreground().style() == Qt::NoBrush
+                                         ? kDefaultTextColor
+                                         : format.foreground().color();
                 const int fragmentStart = fragment.position() - blockStart;
                 int from = std::max(fragmentStart, lineStart);
                 const int to = std::min(fragmentStart + fragment.length(), lineEnd);
@@ -185,7 +185,7 @@ std::optional<std::vector<GlyphOp>> glyphOps(const LabelTextLayout& layout, int 
                             ++end;
                         pieceEnd = end;
                     }
-                    if (!appendGlyphs(ops, line, origin, from, pieceEnd, colour, piece, digitIndex))
+                    if (!appendGlyphs(ops, line, origin, from, pieceEnd, color, piece, digitIndex))
                         return std::nullopt;
                     from = pieceEnd;
                 }
@@ -578,7 +578,7 @@ void LabelCopyPainter::drawFromGlyphs(QPainter& painter, std::span<const LabelCo
         run.setGlyphIndexes(glyphs);
         run.setPositions(positions);
         // As the text engine draws text: a pen of the text's colour.
-        painter.setPen(QPen(QBrush(op.colour), 0));
+        painter.setPen(QPen(QBrush(op.color), 0));
         painter.drawGlyphRun(QPointF(0.0, 0.0), run);
     };
 

@@ -11,8 +11,8 @@ QTransform calibrationTransform(const PrinterCalibration& calibration)
     const double scale = calibration.scalePercent / 100.0;
     // Scale first, then move: x' = offset + scale * x.
     return QTransform(scale, 0.0, 0.0, scale,
-                      calibration.horizontalOffsetMillimetres * kPointsPerMillimeter,
-                      calibration.verticalOffsetMillimetres * kPointsPerMillimeter);
+                      calibration.horizontalOffsetMillimeters * kPointsPerMillimeter,
+                      calibration.verticalOffsetMillimeters * kPointsPerMillimeter);
 }
 
 QTransform paperToDevice(const QPaintDevice& device, const PrinterCalibration& calibration)

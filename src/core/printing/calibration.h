@@ -11,8 +11,8 @@ namespace lomir {
 // applies to the pages sent to that printer only, never to PDF export or preview.
 struct PrinterCalibration
 {
-    double horizontalOffsetMillimetres = 0.0;
-    double verticalOffsetMillimetres = 0.0;
+    double horizontalOffsetMillimeters = 0.0;
+    double verticalOffsetMillimeters = 0.0;
     double scalePercent = 100.0;
     bool operator==(const PrinterCalibration&) const = default;
 };

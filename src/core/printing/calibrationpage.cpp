@@ -14,20 +14,20 @@ namespace lomir {
 
 namespace {
 
-constexpr int kCornerInsetMillimetres = 10;
-constexpr double kCrosshairArmMillimetres = 5.0;
-constexpr double kCrosshairCircleMillimetres = 2.0;
+constexpr int kCornerInsetMillimeters = 10;
+constexpr double kCrosshairArmMillimeters = 5.0;
+constexpr double kCrosshairCircleMillimeters = 2.0;
 // Ticks: every millimetre short, every fifth longer, every tenth longest and numbered.
-constexpr double kShortTickMillimetres = 1.0;
-constexpr double kMiddleTickMillimetres = 1.75;
-constexpr double kLongTickMillimetres = 2.5;
+constexpr double kShortTickMillimeters = 1.0;
+constexpr double kMiddleTickMillimeters = 1.75;
+constexpr double kLongTickMillimeters = 2.5;
 // Thin enough to measure to a tenth of a millimetre, thick enough for any printer.
 constexpr double kLineWidthPoints = 0.25;
 constexpr double kLabelPointSize = 6.0;
 constexpr double kLabelGapPoints = 1.0;
 constexpr double kCaptionPointSize = 9.0;
 
-double millimetres(double points)
+double millimeters(double points)
 {
     return points / kPointsPerMillimeter;
 }
@@ -36,21 +36,21 @@ double millimetres(double points)
 // so that the marks of opposite corners stay apart.
 int cornerInset(double paperPoints)
 {
-    return std::min(kCornerInsetMillimetres, int(std::floor(millimetres(paperPoints) / 4.0)));
+    return std::min(kCornerInsetMillimeters, int(std::floor(millimeters(paperPoints) / 4.0)));
 }
 
-double tickLength(int millimetre)
+double tickLength(int millimeter)
 {
-    if (millimetre % 10 == 0)
-        return kLongTickMillimetres * kPointsPerMillimeter;
-    if (millimetre % 5 == 0)
-        return kMiddleTickMillimetres * kPointsPerMillimeter;
-    return kShortTickMillimetres * kPointsPerMillimeter;
+    if (millimeter % 10 == 0)
+        return kLongTickMillimeters * kPointsPerMillimeter;
+    if (millimeter % 5 == 0)
+        return kMiddleTickMillimeters * kPointsPerMillimeter;
+    return kShortTickMillimeters * kPointsPerMillimeter;
 }
 
-QString tickLabel(int millimetre)
+QString tickLabel(int millimeter)
 {
-    return millimetre % 10 == 0 ? QString::number(millimetre) : QString();
+    return millimeter % 10 == 0 ? QString::number(millimeter) : QString();
 }
 
 // From the top of a one-line text to the middle of its letters: half its ascent plus
@@ -80,25 +80,25 @@ CalibrationMarks calibrationMarks(const QSizeF& paper)
     const double right = paper.width() - marks.insetX;
     const double bottom = paper.height() - marks.insetY;
     // The middle one sits on whole millimetres too, at or just before the paper's middle.
-    const double middleX = std::floor(millimetres(paper.width()) / 2.0) * kPointsPerMillimeter;
-    const double middleY = std::floor(millimetres(paper.height()) / 2.0) * kPointsPerMillimeter;
+    const double middleX = std::floor(millimeters(paper.width()) / 2.0) * kPointsPerMillimeter;
+    const double middleY = std::floor(millimeters(paper.height()) / 2.0) * kPointsPerMillimeter;
     marks.crosshairs = {{marks.insetX, marks.insetY},
                         {right, marks.insetY},
                         {marks.insetX, bottom},
                         {right, bottom},
                         {middleX, middleY}};
     marks.crosshairArm =
-        std::min({kCrosshairArmMillimetres * kPointsPerMillimeter, marks.insetX, marks.insetY});
+        std::min({kCrosshairArmMillimeters * kPointsPerMillimeter, marks.insetX, marks.insetY});
 
     // The rulers run from the top-left crosshair to the top-right and bottom-left ones,
     // ticking each whole millimetre from the paper's edge; their ticks point inwards.
-    const int lastX = int(std::floor(millimetres(right) + 1e-9));
+    const int lastX = int(std::floor(millimeters(right) + 1e-9));
     for (int mm = insetX; mm <= lastX; ++mm) {
         const double x = mm * kPointsPerMillimeter;
         marks.horizontalTicks.push_back(
             {mm, QLineF(x, marks.insetY, x, marks.insetY + tickLength(mm)), tickLabel(mm)});
     }
-    const int lastY = int(std::floor(millimetres(bottom) + 1e-9));
+    const int lastY = int(std::floor(millimeters(bottom) + 1e-9));
     for (int mm = insetY; mm <= lastY; ++mm) {
         const double y = mm * kPointsPerMillimeter;
         marks.verticalTicks.push_back(
@@ -116,11 +116,11 @@ void paintCalibrationPage(QPainter& painter, const QSizeF& paper, const QString&
     painter.setBrush(Qt::NoBrush);
 
     const double arm = marks.crosshairArm;
-    const double circle = std::min(kCrosshairCircleMillimetres * kPointsPerMillimeter, arm / 2.0);
-    for (const QPointF& centre : marks.crosshairs) {
-        painter.drawLine(QLineF(centre.x() - arm, centre.y(), centre.x() + arm, centre.y()));
-        painter.drawLine(QLineF(centre.x(), centre.y() - arm, centre.x(), centre.y() + arm));
-        painter.drawEllipse(centre, circle, circle);
+    const double circle = std::min(kCrosshairCircleMillimeters * kPointsPerMillimeter, arm / 2.0);
+    for (const QPointF& center : marks.crosshairs) {
+        painter.drawLine(QLineF(center.x() - arm, center.y(), center.x() + arm, center.y()));
+        painter.drawLine(QLineF(center.x(), center.y() - arm, center.x(), center.y() + arm));
+        painter.drawEllipse(center, circle, circle);
     }
 
     if (!marks.horizontalTicks.empty()) {
@@ -135,7 +135,7 @@ void paintCalibrationPage(QPainter& painter, const QSizeF& paper, const QString&
     // ruler's; the ticks at the corner crosshair go unnumbered, where the rulers meet.
     for (const RulerTick& tick : marks.horizontalTicks) {
         painter.drawLine(tick.line);
-        if (tick.label.isEmpty() || tick.millimetres == marks.horizontalTicks.front().millimetres)
+        if (tick.label.isEmpty() || tick.millimeters == marks.horizontalTicks.front().millimeters)
             continue;
         const LabelTextLayout label(labelText(tick.label, kLabelPointSize), std::nullopt);
         const QSizeF size = label.size();
@@ -145,7 +145,7 @@ void paintCalibrationPage(QPainter& painter, const QSizeF& paper, const QString&
     }
     for (const RulerTick& tick : marks.verticalTicks) {
         painter.drawLine(tick.line);
-        if (tick.label.isEmpty() || tick.millimetres == marks.verticalTicks.front().millimetres)
+        if (tick.label.isEmpty() || tick.millimeters == marks.verticalTicks.front().millimeters)
             continue;
         const LabelTextLayout label(labelText(tick.label, kLabelPointSize), std::nullopt);
         const QSizeF size = label.size();

@@ -48,7 +48,7 @@ PaintOutcome paintPages(QPainter& painter, QPagedPaintDevice& device, const Tili
         paintPage(painter, view, margins, pages.first + done);
         painter.restore();
         if (options.progress && !options.progress(done + 1, pages.count) && done + 1 < pages.count)
-            return PaintOutcome::Cancelled;
+            return PaintOutcome::Canceled;
     }
     return PaintOutcome::Finished;
 }

@@ -33,7 +33,7 @@ using PageProgress = std::function<bool(qint64 pagesPainted, qint64 pageCount)>;
 enum class PaintOutcome
 {
     Finished,
-    Cancelled,    // the progress callback stopped it; the device holds the pages so far
+    Canceled,     // the progress callback stopped it; the device holds the pages so far
     DeviceFailed, // the device would not start a new page
 };
 

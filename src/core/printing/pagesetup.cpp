@@ -127,12 +127,12 @@ void storePageLayout(QSettings& settings, const QPageLayout& layout)
 bool isValidCalibration(const PrinterCalibration& calibration)
 {
     // Written so that a value that is not a number fails every comparison.
-    const auto offsetInRange = [](double millimetres) {
-        return millimetres >= -kLargestCalibrationOffsetMillimetres &&
-               millimetres <= kLargestCalibrationOffsetMillimetres;
+    const auto offsetInRange = [](double millimeters) {
+        return millimeters >= -kLargestCalibrationOffsetMillimeters &&
+               millimeters <= kLargestCalibrationOffsetMillimeters;
     };
-    return offsetInRange(calibration.horizontalOffsetMillimetres) &&
-           offsetInRange(calibration.verticalOffsetMillimetres) &&
+    return offsetInRange(calibration.horizontalOffsetMillimeters) &&
+           offsetInRange(calibration.verticalOffsetMillimeters) &&
            calibration.scalePercent >= kSmallestCalibrationScalePercent &&
            calibration.scalePercent <= kLargestCalibrationScalePercent;
 }
@@ -142,10 +142,10 @@ PrinterCalibration storedCalibration(const QSettings& settings, const QString& p
     const QString group = calibrationGroup(printerName) + u'/';
     const PrinterCalibration none;
     PrinterCalibration calibration;
-    calibration.horizontalOffsetMillimetres = storedNumber(settings, group + kHorizontalOffsetKey)
-                                                  .value_or(none.horizontalOffsetMillimetres);
-    calibration.verticalOffsetMillimetres =
-        storedNumber(settings, group + kVerticalOffsetKey).value_or(none.verticalOffsetMillimetres);
+    calibration.horizontalOffsetMillimeters = storedNumber(settings, group + kHorizontalOffsetKey)
+                                                  .value_or(none.horizontalOffsetMillimeters);
+    calibration.verticalOffsetMillimeters =
+        storedNumber(settings, group + kVerticalOffsetKey).value_or(none.verticalOffsetMillimeters);
     calibration.scalePercent =
         storedNumber(settings, group + kScaleKey).value_or(none.scalePercent);
     return isValidCalibration(calibration) ? calibration : none;
@@ -159,8 +159,8 @@ void storeCalibration(QSettings& settings, const QString& printerName,
         settings.remove(group);
         return;
     }
-    settings.setValue(group + u'/' + kHorizontalOffsetKey, calibration.horizontalOffsetMillimetres);
-    settings.setValue(group + u'/' + kVerticalOffsetKey, calibration.verticalOffsetMillimetres);
+    settings.setValue(group + u'/' + kHorizontalOffsetKey, calibration.horizontalOffsetMillimeters);
+    settings.setValue(group + u'/' + kVerticalOffsetKey, calibration.verticalOffsetMillimeters);
     settings.setValue(group + u'/' + kScaleKey, calibration.scalePercent);
 }
 

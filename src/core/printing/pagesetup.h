@@ -26,7 +26,7 @@ void storePageLayout(QSettings& settings, const QPageLayout& layout);
 
 // The calibration a printer can be given, in the units the user measures in: offsets
 // in millimetres either way, the scale in percent.
-inline constexpr double kLargestCalibrationOffsetMillimetres = 50.0;
+inline constexpr double kLargestCalibrationOffsetMillimeters = 50.0;
 inline constexpr double kSmallestCalibrationScalePercent = 50.0;
 inline constexpr double kLargestCalibrationScalePercent = 200.0;
 

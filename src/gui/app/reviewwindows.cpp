@@ -19,7 +19,7 @@ namespace lomir {
 namespace {
 
 // Centres the window on its screen and brings it to the front, ready for the keyboard.
-void presentCentred(QDialog& window)
+void presentCentered(QDialog& window)
 {
     // The frame is known once the window is shown; its middle goes to the screen's.
     window.show();
@@ -118,7 +118,7 @@ void ReviewPrompt::performReviewRequestCheck()
     connect(m_reviewWindow->yesButton(), &QPushButton::clicked, this, &ReviewPrompt::onYesClick);
     connect(m_reviewWindow->noButton(), &QPushButton::clicked, this, &ReviewPrompt::onNoClick);
     connect(m_reviewWindow, &QDialog::rejected, this, &ReviewPrompt::windowDismissed);
-    presentCentred(*m_reviewWindow);
+    presentCentered(*m_reviewWindow);
     m_reviewWindowShown = true;
 }
 
@@ -145,7 +145,7 @@ void ReviewPrompt::onNoClick()
     connect(m_feedbackWindow->notNowButton(), &QPushButton::clicked, this,
             &ReviewPrompt::onNotNowClick);
     connect(m_feedbackWindow, &QDialog::rejected, this, &ReviewPrompt::windowDismissed);
-    presentCentred(*m_feedbackWindow);
+    presentCentered(*m_feedbackWindow);
 }
 
 void ReviewPrompt::onShareFeedbackClick()

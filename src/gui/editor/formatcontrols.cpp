@@ -110,7 +110,7 @@ QIcon alignmentIcon(const QString& themeName, Qt::Alignment alignment)
     });
 }
 
-QIcon colourIcon(const QColor& colour)
+QIcon colorIcon(const QColor& color)
 {
     return drawnIcon([&](QPainter& painter) {
         QFont font(QStringLiteral("Liberation Sans"));
@@ -118,7 +118,7 @@ QIcon colourIcon(const QColor& colour)
         font.setBold(true);
         painter.setFont(font);
         painter.drawText(QRect(0, 0, 32, 24), Qt::AlignCenter, QStringLiteral("A"));
-        painter.fillRect(QRect(4, 25, 24, 5), colour);
+        painter.fillRect(QRect(4, 25, 24, 5), color);
     });
 }
 
@@ -148,7 +148,7 @@ double pointSizeOf(const QTextCharFormat& format)
                                                           : defaultFont().pointSize;
 }
 
-QColor colourOf(const QTextCharFormat& format)
+QColor colorOf(const QTextCharFormat& format)
 {
     return format.hasProperty(QTextFormat::ForegroundBrush) ? format.foreground().color()
                                                             : QColor(Qt::black);
@@ -217,9 +217,9 @@ FormatControls::FormatControls(LabelTextView* textView, const QStringList& sizes
         m_textView->mergeCharFormat(format);
     });
 
-    m_colour = new QAction(colourIcon(Qt::black), tr("Text Colour..."), this);
-    m_colour->setToolTip(tr("Text colour"));
-    connect(m_colour, &QAction::triggered, this, &FormatControls::chooseColour);
+    m_color = new QAction(colorIcon(Qt::black), tr("Text Colour..."), this);
+    m_color->setToolTip(tr("Text colour"));
+    connect(m_color, &QAction::triggered, this, &FormatControls::chooseColor);
 
     m_fontDialog = new QAction(QIcon::fromTheme(QStringLiteral("preferences-desktop-font")),
                                tr("Show Fonts..."), this);
@@ -258,7 +258,7 @@ FormatControls::FormatControls(LabelTextView* textView, const QStringList& sizes
     m_toolBar->addAction(m_italic);
     m_toolBar->addAction(m_underline);
     m_toolBar->addAction(m_strikethrough);
-    m_toolBar->addAction(m_colour);
+    m_toolBar->addAction(m_color);
     m_toolBar->addSeparator();
     m_toolBar->addActions(m_alignment->actions());
     m_toolBar->addSeparator();
@@ -288,7 +288,7 @@ QMenu* FormatControls::createMenu(QWidget* parent) const
     font->addAction(m_underline);
     font->addAction(m_strikethrough);
     font->addSeparator();
-    font->addAction(m_colour);
+    font->addAction(m_color);
     QMenu* text = menu->addMenu(tr("&Text"));
     text->addActions(m_alignment->actions());
     return menu;
@@ -322,7 +322,7 @@ void FormatControls::showCurrentFormat()
     m_italic->setChecked(format.fontItalic());
     m_underline->setChecked(format.fontUnderline());
     m_strikethrough->setChecked(format.fontStrikeOut());
-    m_colour->setIcon(colourIcon(colourOf(format)));
+    m_color->setIcon(colorIcon(colorOf(format)));
     alignmentAction(m_textView->currentAlignment())->setChecked(true);
 }
 
@@ -344,14 +344,14 @@ void FormatControls::applySize(const QString& text)
     m_textView->mergeCharFormat(format);
 }
 
-void FormatControls::chooseColour()
+void FormatControls::chooseColor()
 {
-    const QColor colour = QColorDialog::getColor(colourOf(m_textView->currentCharFormat()),
-                                                 m_parent, tr("Text Colour"));
-    if (!colour.isValid())
+    const QColor color = QColorDialog::getColor(colorOf(m_textView->currentCharFormat()), m_parent,
+                                                tr("Text Colour"));
+    if (!color.isValid())
         return;
     QTextCharFormat format;
-    format.setForeground(colour);
+    format.setForeground(color);
     m_textView->mergeCharFormat(format);
 }
 

@@ -38,7 +38,7 @@ public:
     QAction* italicAction() const { return m_italic; }
     QAction* underlineAction() const { return m_underline; }
     QAction* strikethroughAction() const { return m_strikethrough; }
-    QAction* colourAction() const { return m_colour; }
+    QAction* colorAction() const { return m_color; }
     QAction* fontDialogAction() const { return m_fontDialog; }
     QAction* alignmentAction(Qt::Alignment alignment) const;
     QComboBox* familyBox() const;
@@ -50,7 +50,7 @@ public:
 private:
     void applyFamily(const QString& family);
     void applySize(const QString& text);
-    void chooseColour();
+    void chooseColor();
     void chooseFont();
 
     LabelTextView* m_textView;
@@ -63,7 +63,7 @@ private:
     QAction* m_italic;
     QAction* m_underline;
     QAction* m_strikethrough;
-    QAction* m_colour;
+    QAction* m_color;
     QAction* m_fontDialog;
     QActionGroup* m_alignment;
     QAction* m_alignLeft;

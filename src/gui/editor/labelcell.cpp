@@ -24,7 +24,7 @@ LabelCell::LabelCell(QGraphicsItem* parent)
     // The text starts at the label's top-left corner, as a printed copy starts at its
     // cell's.
     m_textView->setPos(0.0, 0.0);
-    setShadowColour(labelShadowColour(false));
+    setShadowColor(labelShadowColor(false));
     setPixelsPerPoint(1.0);
 }
 
@@ -43,14 +43,14 @@ void LabelCell::setFrame(const QRectF& frame)
     Q_EMIT frameChanged();
 }
 
-QColor LabelCell::shadowColour() const
+QColor LabelCell::shadowColor() const
 {
     return m_shadow->color();
 }
 
-void LabelCell::setShadowColour(const QColor& colour)
+void LabelCell::setShadowColor(const QColor& color)
 {
-    QColor withOpacity = colour;
+    QColor withOpacity = color;
     withOpacity.setAlphaF(kLabelShadowOpacity);
     m_shadow->setColor(withOpacity);
 }

@@ -29,8 +29,8 @@ public:
     void setFrame(const QRectF& frame);
 
     // The shadow's colour; its opacity comes from the label's appearance constants.
-    QColor shadowColour() const;
-    void setShadowColour(const QColor& colour);
+    QColor shadowColor() const;
+    void setShadowColor(const QColor& color);
     // The shadow is drawn in device pixels: its offset and blur follow the zoom.
     void setPixelsPerPoint(double pixelsPerPoint);
 

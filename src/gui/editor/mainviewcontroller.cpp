@@ -151,8 +151,8 @@ void MainViewController::setUpAppearance()
     sizes->removeItem(kSizeSeparatorIndex);
     sizes->insertSeparator(kSizeSeparatorIndex);
 
-    m_cell->setShadowColour(
-        labelShadowColour(isDarkAppearance(appearanceStyleSetting(), paletteIsDark(palette()))));
+    m_cell->setShadowColor(
+        labelShadowColor(isDarkAppearance(appearanceStyleSetting(), paletteIsDark(palette()))));
 }
 
 void MainViewController::createActions()

@@ -161,8 +161,8 @@ PageSetupDialog::PageSetupDialog(const PageSetupChoice& current, const QStringLi
 
     // Calibration.
     for (QDoubleSpinBox* offset : {m_horizontalOffset, m_verticalOffset}) {
-        offset->setRange(-kLargestCalibrationOffsetMillimetres,
-                         kLargestCalibrationOffsetMillimetres);
+        offset->setRange(-kLargestCalibrationOffsetMillimeters,
+                         kLargestCalibrationOffsetMillimeters);
         offset->setDecimals(2);
         offset->setSingleStep(0.1);
         offset->setSuffix(tr(" mm"));
@@ -322,8 +322,8 @@ void PageSetupDialog::printerChanged()
     const auto known = m_calibrations.find(m_shownPrinter);
     const PrinterCalibration calibration =
         known != m_calibrations.end() ? known->second : m_calibrationOf(m_shownPrinter);
-    m_horizontalOffset->setValue(calibration.horizontalOffsetMillimetres);
-    m_verticalOffset->setValue(calibration.verticalOffsetMillimetres);
+    m_horizontalOffset->setValue(calibration.horizontalOffsetMillimeters);
+    m_verticalOffset->setValue(calibration.verticalOffsetMillimeters);
     m_scale->setValue(calibration.scalePercent);
 }
 

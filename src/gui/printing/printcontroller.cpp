@@ -275,8 +275,8 @@ void PrintController::calibrationPage(const QPageLayout& layout,
                    "too far right or down, lower these numbers in Page Setup by the difference; "
                    "where it lies too far left or up, raise them. If a ruler measures longer or "
                    "shorter than marked, change the scale by the same share.")
-                    .arg(printerName, QString::number(calibration.horizontalOffsetMillimetres),
-                         QString::number(calibration.verticalOffsetMillimetres),
+                    .arg(printerName, QString::number(calibration.horizontalOffsetMillimeters),
+                         QString::number(calibration.verticalOffsetMillimeters),
                          QString::number(calibration.scalePercent));
             auto painting = [paper, calibration, caption](QPainter& painter,
                                                           QPagedPaintDevice& device,

@@ -126,7 +126,7 @@ void PrintRun::start()
 
 void PrintRun::cancel()
 {
-    m_cancelled = true;
+    m_canceled = true;
 }
 
 void PrintRun::run()
@@ -142,10 +142,10 @@ void PrintRun::run()
                 QMetaObject::invokeMethod(
                     this, [this, painted, count] { Q_EMIT pagePainted(painted, count); },
                     Qt::QueuedConnection);
-                return !m_cancelled;
+                return !m_canceled;
             };
-            outcome = m_cancelled ? PaintOutcome::Cancelled : painting(painter, *device, progress);
-            if (outcome == PaintOutcome::Cancelled)
+            outcome = m_canceled ? PaintOutcome::Canceled : painting(painter, *device, progress);
+            if (outcome == PaintOutcome::Canceled)
                 m_destination->abandon();
             painter.end();
         }

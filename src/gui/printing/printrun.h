@@ -123,7 +123,7 @@ private:
     qint64 m_pageCount = 0;
     Painting m_painting;
     std::unique_ptr<QThread> m_thread;
-    std::atomic<bool> m_cancelled{false};
+    std::atomic<bool> m_canceled{false};
     std::atomic<qint64> m_pagesPainted{0};
     bool m_running = false;
 };

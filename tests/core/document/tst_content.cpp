@@ -17,9 +17,9 @@ RichText styledLabel()
     title.font =
         FontSpec{QStringLiteral("Helvetica"), QStringLiteral("Helvetica-Bold"), 14.0, true, false};
     title.foreground = Rgba{10, 120, 200, 255};
-    ParagraphStyle centred;
-    centred.alignment = TextAlignment::Center;
-    title.paragraph = centred;
+    ParagraphStyle centered;
+    centered.alignment = TextAlignment::Center;
+    title.paragraph = centered;
     TextAttributes serial;
     serial.font = FontSpec{QStringLiteral("Courier"), QStringLiteral("Courier"), 9.0, false, false};
     serial.background = Rgba{255, 255, 0, 255};

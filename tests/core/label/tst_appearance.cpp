@@ -41,10 +41,10 @@ private Q_SLOTS:
         QCOMPARE(isDarkAppearance(style, paletteIsDark), dark);
     }
 
-    void shadowColour()
+    void shadowColor()
     {
-        QCOMPARE(labelShadowColour(true), QColor(0, 0, 0));
-        const QColor gray = labelShadowColour(false);
+        QCOMPARE(labelShadowColor(true), QColor(0, 0, 0));
+        const QColor gray = labelShadowColor(false);
         QCOMPARE(gray.alphaF(), 1.0f);
         // Half gray, to the 16 bits a colour keeps per channel.
         for (float channel : {gray.redF(), gray.greenF(), gray.blueF()})

@@ -190,7 +190,7 @@ private Q_SLOTS:
         QVERIFY(!comma.has_value());
     }
 
-    void hundredMillimetresShowAsHundredPointOhOne()
+    void hundredMillimetersShowAsHundredPointOhOne()
     {
         // Typed in and shown again, a round size comes back a hundredth larger: the stored
         // factor times the points is a hair above 100.

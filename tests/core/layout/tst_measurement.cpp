@@ -425,16 +425,16 @@ void TestMeasurement::withUniformFontSize_data()
         QTest::newRow("12 bold and 24 italic") << text << expected;
     }
     {
-        TextAttributes colouredNoFont;
-        colouredNoFont.foreground = Rgba{255, 0, 0, 255};
-        TextAttributes colouredItalic = withFont(italic);
-        colouredItalic.foreground = Rgba{0, 0, 255, 255};
-        colouredItalic.underline = LineStyle::Single;
-        RichText text(QStringLiteral("plain "), colouredNoFont);
-        text.append(QStringLiteral("fancy"), colouredItalic);
-        TextAttributes expectedItalic = colouredItalic;
+        TextAttributes coloredNoFont;
+        coloredNoFont.foreground = Rgba{255, 0, 0, 255};
+        TextAttributes coloredItalic = withFont(italic);
+        coloredItalic.foreground = Rgba{0, 0, 255, 255};
+        coloredItalic.underline = LineStyle::Single;
+        RichText text(QStringLiteral("plain "), coloredNoFont);
+        text.append(QStringLiteral("fancy"), coloredItalic);
+        TextAttributes expectedItalic = coloredItalic;
         expectedItalic.font = italic9;
-        RichText expected(QStringLiteral("plain "), colouredNoFont);
+        RichText expected(QStringLiteral("plain "), coloredNoFont);
         expected.append(QStringLiteral("fancy"), expectedItalic);
         QTest::newRow("run without a font untouched, others keep their attributes")
             << text << expected;

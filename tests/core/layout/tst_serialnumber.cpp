@@ -47,7 +47,7 @@ TextAttributes italic()
     return attributes;
 }
 
-TextAttributes coloured(quint8 red, quint8 green, quint8 blue)
+TextAttributes colored(quint8 red, quint8 green, quint8 blue)
 {
     TextAttributes attributes;
     attributes.foreground = Rgba{red, green, blue, 255};
@@ -425,33 +425,33 @@ void TestSerialNumber::attributeMapping_data()
         // A run ending between the second "#" and its joiner: red over UTF-16 units
         // [0, 3) maps to digit 0 alone (3 / 2 = 1), blue over [3, 6) to digit 1 (3 / 2 = 1,
         // also one long). The third digit keeps what the replacement gave it: red.
-        RichText text(units(3).left(3), coloured(255, 0, 0));
-        text.append(units(3).mid(3), coloured(0, 0, 255));
-        RichText expected(QStringLiteral("1"), coloured(255, 0, 0));
-        expected.append(QStringLiteral("2"), coloured(0, 0, 255));
-        expected.append(QStringLiteral("3"), coloured(255, 0, 0));
+        RichText text(units(3).left(3), colored(255, 0, 0));
+        text.append(units(3).mid(3), colored(0, 0, 255));
+        RichText expected(QStringLiteral("1"), colored(255, 0, 0));
+        expected.append(QStringLiteral("2"), colored(0, 0, 255));
+        expected.append(QStringLiteral("3"), colored(255, 0, 0));
         QTest::newRow("runs split inside units")
             << text << 0 << 6 << QStringLiteral("123") << expected;
     }
     {
         // The same split after an odd offset: positions are halved relative to the run.
         RichText text(QStringLiteral("ab "), plain());
-        text.append(units(3).left(3), coloured(255, 0, 0));
-        text.append(units(3).mid(3), coloured(0, 0, 255));
+        text.append(units(3).left(3), colored(255, 0, 0));
+        text.append(units(3).mid(3), colored(0, 0, 255));
         RichText expected(QStringLiteral("ab "), plain());
-        expected.append(QStringLiteral("1"), coloured(255, 0, 0));
-        expected.append(QStringLiteral("2"), coloured(0, 0, 255));
-        expected.append(QStringLiteral("3"), coloured(255, 0, 0));
+        expected.append(QStringLiteral("1"), colored(255, 0, 0));
+        expected.append(QStringLiteral("2"), colored(0, 0, 255));
+        expected.append(QStringLiteral("3"), colored(255, 0, 0));
         QTest::newRow("split runs after an odd offset")
             << text << 3 << 6 << QStringLiteral("123") << expected;
     }
     {
         // A lone "#" in red maps to no digit (1 / 2 = 0); the blue rest, five units long,
         // covers two digits; the third keeps the replacement's red.
-        RichText text(QStringLiteral("#"), coloured(255, 0, 0));
-        text.append(units(3).mid(1), coloured(0, 0, 255));
-        RichText expected(QStringLiteral("12"), coloured(0, 0, 255));
-        expected.append(QStringLiteral("3"), coloured(255, 0, 0));
+        RichText text(QStringLiteral("#"), colored(255, 0, 0));
+        text.append(units(3).mid(1), colored(0, 0, 255));
+        RichText expected(QStringLiteral("12"), colored(0, 0, 255));
+        expected.append(QStringLiteral("3"), colored(255, 0, 0));
         QTest::newRow("run of one UTF-16 unit maps to nothing")
             << text << 0 << 6 << QStringLiteral("123") << expected;
     }
@@ -505,15 +505,15 @@ void TestSerialNumber::surroundingTextUntouched()
 {
     RichText text(QStringLiteral("Batch "), bold());
     text.append(units(2), italic());
-    text.append(QStringLiteral(" of jam"), coloured(10, 20, 30));
+    text.append(QStringLiteral(" of jam"), colored(10, 20, 30));
     const std::optional<TextRange> range = lomir::locateSerialRun(text.string(), 2);
     QVERIFY(range.has_value());
 
     const RichText numbered = lomir::numberedText(text, *range, QStringLiteral("05"));
     QCOMPARE(numbered.string(), QStringLiteral("Batch 05 of jam"));
     QCOMPARE(numbered.runs(0, 6), text.runs(0, 6));
-    QCOMPARE(numbered.attributesAt(8), coloured(10, 20, 30));
-    QCOMPARE(numbered.attributesAt(14), coloured(10, 20, 30));
+    QCOMPARE(numbered.attributesAt(8), colored(10, 20, 30));
+    QCOMPARE(numbered.attributesAt(14), colored(10, 20, 30));
     QCOMPARE(numbered.attributesAt(6), italic());
     QCOMPARE(numbered.attributesAt(7), italic());
 }

@@ -55,13 +55,13 @@ RichText numberLabel(int units)
 // middle digit is bold, and a justified italic line in another family that wraps.
 RichText richLabel()
 {
-    ParagraphStyle centred;
-    centred.alignment = TextAlignment::Center;
+    ParagraphStyle centered;
+    centered.alignment = TextAlignment::Center;
     ParagraphStyle justified;
     justified.alignment = TextAlignment::Justified;
 
     TextAttributes title = arial(11.0, true);
-    title.paragraph = centred;
+    title.paragraph = centered;
     TextAttributes plain = arial(10.0);
     plain.foreground = Rgba{70, 70, 70, 255};
     TextAttributes serial = arial(10.0);
@@ -669,9 +669,9 @@ void TestTilingTextView::richTextFastDrawingMatchesStraightforward()
     bool red = false, green = false;
     for (int y = 0; y < int(label.height() * 3); ++y) {
         for (int x = 0; x < int(label.width() * 3); ++x) {
-            const QColor colour = fast.pixelColor(x, y);
-            red |= colour.red() > 150 && colour.green() < 90 && colour.blue() < 90;
-            green |= colour.green() > 80 && colour.red() < 40 && colour.blue() < 80;
+            const QColor color = fast.pixelColor(x, y);
+            red |= color.red() > 150 && color.green() < 90 && color.blue() < 90;
+            green |= color.green() > 80 && color.red() < 40 && color.blue() < 80;
         }
     }
     QVERIFY(red);
@@ -691,9 +691,9 @@ void TestTilingTextView::proportionalDigitsAreLaidOutByPattern()
 
     TextAttributes attributes;
     attributes.font = FontSpec{family, QString(), 12.0, false, false};
-    ParagraphStyle centred;
-    centred.alignment = TextAlignment::Center;
-    attributes.paragraph = centred;
+    ParagraphStyle centered;
+    centered.alignment = TextAlignment::Center;
+    attributes.paragraph = centered;
     const RichText text(QStringLiteral("Box ") + placeholderRun(2) + QStringLiteral(" of 99"),
                         attributes);
     const auto view = printView(text, 20, 5);

@@ -31,7 +31,7 @@ namespace {
 // Text must land this close to where the geometry puts it, in points.
 constexpr double kPlacementTolerance = 0.005;
 // Written out here rather than taken from the code under test.
-constexpr double kPointsInAMillimetre = 72.0 / 25.4;
+constexpr double kPointsInAMillimeter = 72.0 / 25.4;
 
 const QSizeF kLabel(100.0, 50.0);
 
@@ -80,7 +80,7 @@ PaintOutcome printToPdf(const PrintPlan& plan, const QPageLayout& printSettings,
 }
 
 // The ink-weighted middle of the dark pixels of a row (or a column) between from and to.
-double inkCentre(const QImage& image, bool alongRow, int line, int from, int to)
+double inkCenter(const QImage& image, bool alongRow, int line, int from, int to)
 {
     double weight = 0.0;
     double sum = 0.0;
@@ -129,7 +129,7 @@ private Q_SLOTS:
         QTest::addColumn<QSizeF>("paper");
         QTest::addColumn<QMarginsF>("margins");
 
-        const double mm = kPointsInAMillimetre;
+        const double mm = kPointsInAMillimeter;
         QTest::newRow("A4 in millimetres")
             << QPageLayout(QPageSize(QPageSize::A4), QPageLayout::Portrait,
                            QMarginsF(10.0, 12.5, 10.0, 12.5), QPageLayout::Millimeter)
@@ -195,7 +195,7 @@ private Q_SLOTS:
         QTest::addColumn<QPointF>("point");
         QTest::addColumn<QPointF>("mapped");
 
-        const double mm = kPointsInAMillimetre;
+        const double mm = kPointsInAMillimeter;
         QTest::newRow("none") << 0.0 << 0.0 << 100.0 << QPointF(36.0, 500.0)
                               << QPointF(36.0, 500.0);
         QTest::newRow("1 mm right")
@@ -250,7 +250,7 @@ private Q_SLOTS:
         const QPageLayout roll(
             QPageSize(QSizeF(62.0, 29.0), QPageSize::Millimeter, QString(), QPageSize::ExactMatch),
             QPageLayout::Portrait, QMarginsF(), QPageLayout::Millimeter);
-        const QSizeF rollLabel(62.0 * kPointsInAMillimetre, 29.0 * kPointsInAMillimetre);
+        const QSizeF rollLabel(62.0 * kPointsInAMillimeter, 29.0 * kPointsInAMillimeter);
 
         QTest::newRow("Letter, half-inch margins, 100 from 1: 70 and 30")
             << letterWithHalfInchMargins() << kLabel << 0.0 << qint64(100) << qint64(1) << 2;
@@ -324,7 +324,7 @@ private Q_SLOTS:
         // Every copy scaled to 98% about the paper's corner, then 1.5 mm right and 0.8 mm
         // up, written out here.
         QTransform expected;
-        expected.translate(1.5 * kPointsInAMillimetre, -0.8 * kPointsInAMillimetre);
+        expected.translate(1.5 * kPointsInAMillimeter, -0.8 * kPointsInAMillimeter);
         expected.scale(0.98, 0.98);
         const auto view = makeTilingTextView(plan);
         const double error =
@@ -362,8 +362,8 @@ private Q_SLOTS:
         QTest::addColumn<PaintOutcome>("outcome");
         QTest::addColumn<int>("pagesPrinted");
         QTest::newRow("to the end") << 0 << PaintOutcome::Finished << 5;
-        QTest::newRow("cancelled after the second page") << 2 << PaintOutcome::Cancelled << 2;
-        QTest::newRow("cancelled after the first page") << 1 << PaintOutcome::Cancelled << 1;
+        QTest::newRow("cancelled after the second page") << 2 << PaintOutcome::Canceled << 2;
+        QTest::newRow("cancelled after the first page") << 1 << PaintOutcome::Canceled << 1;
         QTest::newRow("cancel with the last page: all printed") << 5 << PaintOutcome::Finished << 5;
     }
 
@@ -440,7 +440,7 @@ private Q_SLOTS:
         QTest::addColumn<int>("lastHorizontalTick");
         QTest::addColumn<int>("lastVerticalTick");
 
-        const double mm = kPointsInAMillimetre;
+        const double mm = kPointsInAMillimeter;
         QTest::newRow("A4") << QSizeF(210.0 * mm, 297.0 * mm) << 10 << 10 << 105 << 148 << 200
                             << 287;
         // 215.9 x 279.4 mm: the right crosshair at 205.9 mm, the last whole tick before it.
@@ -459,7 +459,7 @@ private Q_SLOTS:
         QFETCH(int, lastHorizontalTick);
         QFETCH(int, lastVerticalTick);
 
-        const double mm = kPointsInAMillimetre;
+        const double mm = kPointsInAMillimeter;
         const CalibrationMarks marks = lomir::calibrationMarks(paper);
         QCOMPARE(marks.insetX, insetX * mm);
         QCOMPARE(marks.insetY, insetY * mm);
@@ -473,21 +473,21 @@ private Q_SLOTS:
         QCOMPARE(marks.crosshairs, crosshairs);
         QVERIFY(marks.crosshairArm > 0.0 && marks.crosshairArm <= 5.0 * mm);
 
-        QCOMPARE(marks.horizontalTicks.front().millimetres, insetX);
-        QCOMPARE(marks.horizontalTicks.back().millimetres, lastHorizontalTick);
+        QCOMPARE(marks.horizontalTicks.front().millimeters, insetX);
+        QCOMPARE(marks.horizontalTicks.back().millimeters, lastHorizontalTick);
         QCOMPARE(int(marks.horizontalTicks.size()), lastHorizontalTick - insetX + 1);
-        QCOMPARE(marks.verticalTicks.front().millimetres, insetY);
-        QCOMPARE(marks.verticalTicks.back().millimetres, lastVerticalTick);
+        QCOMPARE(marks.verticalTicks.front().millimeters, insetY);
+        QCOMPARE(marks.verticalTicks.back().millimeters, lastVerticalTick);
         for (const RulerTick& tick : marks.horizontalTicks) {
-            QCOMPARE(tick.line.x1(), tick.millimetres * mm);
-            QCOMPARE(tick.line.x2(), tick.millimetres * mm);
+            QCOMPARE(tick.line.x1(), tick.millimeters * mm);
+            QCOMPARE(tick.line.x2(), tick.millimeters * mm);
             QCOMPARE(tick.line.y1(), insetY * mm);
             QVERIFY(tick.line.y2() > tick.line.y1());
             QCOMPARE(tick.label,
-                     tick.millimetres % 10 == 0 ? QString::number(tick.millimetres) : QString());
+                     tick.millimeters % 10 == 0 ? QString::number(tick.millimeters) : QString());
         }
         for (const RulerTick& tick : marks.verticalTicks) {
-            QCOMPARE(tick.line.y1(), tick.millimetres * mm);
+            QCOMPARE(tick.line.y1(), tick.millimeters * mm);
             QCOMPARE(tick.line.x1(), insetX * mm);
             QVERIFY(tick.line.x2() > tick.line.x1());
         }
@@ -520,16 +520,16 @@ private Q_SLOTS:
         const QTransform toImage =
             lomir::calibrationTransform(calibration) * QTransform::fromScale(scale, scale);
         const double armPixels = marks.crosshairArm * scale * calibration.scalePercent / 100.0;
-        for (const QPointF& centre : marks.crosshairs) {
-            const QPointF expected = toImage.map(centre);
+        for (const QPointF& center : marks.crosshairs) {
+            const QPointF expected = toImage.map(center);
             // Across the vertical line below the circle, and across the horizontal line
             // left of it, half-way between two ruler ticks: only the one line is there.
             const int below = int(expected.y() + armPixels * 0.7);
             const int left = int(expected.x() - armPixels * 0.7);
             const double x =
-                inkCentre(image, true, below, int(expected.x()) - 8, int(expected.x()) + 8);
+                inkCenter(image, true, below, int(expected.x()) - 8, int(expected.x()) + 8);
             const double y =
-                inkCentre(image, false, left, int(expected.y()) - 8, int(expected.y()) + 8);
+                inkCenter(image, false, left, int(expected.y()) - 8, int(expected.y()) + 8);
             QVERIFY2(std::abs(x - expected.x()) < 0.1 && std::abs(y - expected.y()) < 0.1,
                      qPrintable(QStringLiteral("crosshair at (%1, %2) pixels, expected (%3, %4)")
                                     .arg(x)
@@ -558,7 +558,7 @@ private Q_SLOTS:
         QCOMPARE(pdfInfo(pdf).pages, 1);
         const std::vector<PdfWord> words = pdfWords(pdf);
         const CalibrationMarks marks = lomir::calibrationMarks(paper);
-        const double mm = kPointsInAMillimetre;
+        const double mm = kPointsInAMillimeter;
 
         // The top ruler's numbers are centred on their ticks, hung 1 point below the long
         // ticks; the left ruler's stand 1 point right of theirs, centred on them.

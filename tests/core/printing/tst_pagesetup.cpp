@@ -17,7 +17,7 @@ using namespace lomir;
 
 namespace {
 
-constexpr double kPointsInAMillimetre = 72.0 / 25.4;
+constexpr double kPointsInAMillimeter = 72.0 / 25.4;
 
 class TestPageSetup : public QObject
 {
@@ -92,8 +92,8 @@ private Q_SLOTS:
                                               QPageSize::ExactMatch),
                                     QPageLayout::Portrait, QMarginsF(), QPageLayout::Millimeter));
         const QSizeF paper = paperSettings(storedPageLayout(*settings)).paper;
-        QCOMPARE(paper.width(), 62.0 * kPointsInAMillimetre);
-        QCOMPARE(paper.height(), 29.0 * kPointsInAMillimetre);
+        QCOMPARE(paper.width(), 62.0 * kPointsInAMillimeter);
+        QCOMPARE(paper.height(), 29.0 * kPointsInAMillimeter);
     }
 
     void unusableStoredValuesGiveTheDefault_data()

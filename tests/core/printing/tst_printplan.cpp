@@ -243,18 +243,18 @@ private Q_SLOTS:
         // The label's size typed in millimetres, converted as the editor converts it; the
         // roll's paper converted as print settings in millimetres are. Both carry noise
         // past the sixth decimal; one label a page still fits.
-        QFETCH(double, widthMillimetres);
-        QFETCH(double, heightMillimetres);
+        QFETCH(double, widthMillimeters);
+        QFETCH(double, heightMillimeters);
         QFETCH(qint64, spacingTag);
-        QFETCH(double, labelLessMillimetres);
+        QFETCH(double, labelLessMillimeters);
         QFETCH(bool, fits);
-        const double editorMillimetre = 0.3527777777777778;
+        const double editorMillimeter = 0.3527777777777778;
         PrintRequest request = letterRequest(QStringLiteral("3"), QString());
-        request.paper = QSizeF(widthMillimetres * 72.0 / 25.4, heightMillimetres * 72.0 / 25.4);
+        request.paper = QSizeF(widthMillimeters * 72.0 / 25.4, heightMillimeters * 72.0 / 25.4);
         request.margins = QMarginsF();
         request.spacingTag = spacingTag;
-        request.labelSize = QSizeF((widthMillimetres - labelLessMillimetres) / editorMillimetre,
-                                   (heightMillimetres - labelLessMillimetres) / editorMillimetre);
+        request.labelSize = QSizeF((widthMillimeters - labelLessMillimeters) / editorMillimeter,
+                                   (heightMillimeters - labelLessMillimeters) / editorMillimeter);
         const PrintPlan plan = lomir::planFromRequest(request);
         QCOMPARE(planFits(plan), fits);
         if (!fits)

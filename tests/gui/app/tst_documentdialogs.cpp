@@ -118,7 +118,7 @@ private Q_SLOTS:
         QCOMPARE(destination->typeName, QString(kRtfType));
     }
 
-    void cancellingTheSaveDialogChoosesNothing()
+    void cancelingTheSaveDialogChoosesNothing()
     {
         Document document;
         answerNextDialog<QFileDialog>([](QFileDialog* dialog) { dialog->reject(); });
@@ -161,7 +161,7 @@ private Q_SLOTS:
                                   QStringLiteral("Cannot open “/x/a.lomir”: No such file.")});
     }
 
-    void revertingIsConfirmedOrCancelled()
+    void revertingIsConfirmedOrCanceled()
     {
         Document document;
         document.setUntitledName(QStringLiteral("Untitled"));

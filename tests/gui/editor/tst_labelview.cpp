@@ -81,7 +81,7 @@ class TestLabelView : public QObject
 private Q_SLOTS:
     // --- Centring ---
 
-    void aSmallLabelIsCentredInTheView()
+    void aSmallLabelIsCenteredInTheView()
     {
         const auto view = viewOfLabel(QRectF(0.0, 0.0, 100.0, 50.0));
         QCOMPARE(view->pixelsPerPoint(), 1.0);
@@ -106,7 +106,7 @@ private Q_SLOTS:
         QCOMPARE(shown.center().y(), 25.0);
     }
 
-    void contentInsetsPadTheLabelBeforeCentring()
+    void contentInsetsPadTheLabelBeforeCentering()
     {
         // The view's first placement has shown nothing before (a width of 0), so the
         // insets are taken as they are.
@@ -115,7 +115,7 @@ private Q_SLOTS:
         QCOMPARE(view->visibleRect(), QRectF(-150.0, -130.0, 400.0, 300.0));
     }
 
-    void zoomingKeepsASmallLabelCentred()
+    void zoomingKeepsASmallLabelCentered()
     {
         const auto view = viewOfLabel(QRectF(10.0, 20.0, 100.0, 50.0));
         view->setMagnification(2.0 * 72.0 / view->logicalDpiX());

@@ -164,7 +164,7 @@ private Q_SLOTS:
     void sizeReadoutRoundsUp()
     {
         QFETCH(QString, inches);
-        QFETCH(QString, millimetreReadout);
+        QFETCH(QString, millimeterReadout);
         QFETCH(QString, inchReadout);
         Content record;
         record.dimensions = 1;
@@ -175,11 +175,11 @@ private Q_SLOTS:
         QCOMPARE(opened.sizeLabel()->text(), QStringLiteral("%1 x %1 in").arg(inchReadout));
         QCOMPARE(opened.customSizeLabel()->text(), QStringLiteral("in"));
         chooseItem(opened.metricDropdown(), 0);
-        QCOMPARE(opened.sizeLabel()->text(), QStringLiteral("%1 x %1 mm").arg(millimetreReadout));
+        QCOMPARE(opened.sizeLabel()->text(), QStringLiteral("%1 x %1 mm").arg(millimeterReadout));
         QCOMPARE(opened.customSizeLabel()->text(), QStringLiteral("mm"));
     }
 
-    void aCustomWidthOf100MillimetresReadsOutAsAHairMore()
+    void aCustomWidthOf100MillimetersReadsOutAsAHairMore()
     {
         Content record;
         record.dimensions = 1;
@@ -438,7 +438,7 @@ private Q_SLOTS:
         QCOMPARE(changes.count(), 0);
     }
 
-    void theLabelIsCentredInItsContainer()
+    void theLabelIsCenteredInItsContainer()
     {
         const EditorWindow opened = openWindow(customSizeRecord(100.0, 50.0));
         opened.editor->actualSizeAction()->trigger();
@@ -628,14 +628,14 @@ private Q_SLOTS:
         QSettings().setValue(QString::fromLatin1(kAppearanceStyleKey), QStringLiteral("Dark"));
         {
             const EditorWindow dark = openWindow();
-            QCOMPARE(dark.editor->labelCell()->shadowColour().rgb(), QColor(Qt::black).rgb());
-            QCOMPARE(dark.editor->labelCell()->shadowColour().alpha(), 128);
+            QCOMPARE(dark.editor->labelCell()->shadowColor().rgb(), QColor(Qt::black).rgb());
+            QCOMPARE(dark.editor->labelCell()->shadowColor().alpha(), 128);
         }
         cleanup();
         QSettings().remove(QString::fromLatin1(kAppearanceStyleKey));
         const EditorWindow light = openWindow();
-        QCOMPARE(light.editor->labelCell()->shadowColour().rgb(), labelShadowColour(false).rgb());
-        QVERIFY(labelShadowColour(false).rgb() != QColor(Qt::black).rgb());
+        QCOMPARE(light.editor->labelCell()->shadowColor().rgb(), labelShadowColor(false).rgb());
+        QVERIFY(labelShadowColor(false).rgb() != QColor(Qt::black).rgb());
     }
 
     // One label shown in the light and the dark appearance at 100% and 500%. The card is
@@ -711,7 +711,7 @@ private Q_SLOTS:
 
     // --- Deliberate stops ---
 
-    void aStoredUnitOtherThanMillimetresOrInchesStops()
+    void aStoredUnitOtherThanMillimetersOrInchesStops()
     {
         lomir::testing::verifyStops(QStringLiteral("unit 2"),
                                     QStringLiteral("MainViewController: the document's unit 2 "

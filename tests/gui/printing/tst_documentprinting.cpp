@@ -44,7 +44,7 @@ namespace {
 // Copies must land this close to where the geometry puts them, in points.
 constexpr double kPlacementTolerance = 0.005;
 // Written out here rather than taken from the code under test.
-constexpr double kPointsInAMillimetre = 72.0 / 25.4;
+constexpr double kPointsInAMillimeter = 72.0 / 25.4;
 
 // n placeholder units, written out here rather than taken from the code under test.
 QString units(int n)
@@ -367,7 +367,7 @@ private Q_SLOTS:
         QCOMPARE(printed.back().serial, QStringLiteral("%1").arg(count, 3, 10, QLatin1Char('0')));
     }
 
-    void aCancelledPrintDialogCountsNothing()
+    void aCanceledPrintDialogCountsNothing()
     {
         QSettings().setValue(QString::fromLatin1(kPrintCountKey), 4);
         const PrintingWindow window = openPrinting(labelRecord(
@@ -552,7 +552,7 @@ private Q_SLOTS:
         QVERIFY(storedPageLayout(QSettings()).isEquivalentTo(chosen.layout));
     }
 
-    void aCancelledPageSetupChangesNothing()
+    void aCanceledPageSetupChangesNothing()
     {
         const PrintingWindow window = openPrinting(labelRecord(
             QSizeF(100.0, 50.0), numbered(1), QStringLiteral("3"), QStringLiteral("0")));
@@ -629,7 +629,7 @@ private Q_SLOTS:
                 ticks.push_back(word);
         }
         QCOMPARE(ticks.size(), std::size_t(1));
-        QVERIFY(std::abs(ticks.front().box.center().x() - 50.0 * kPointsInAMillimetre) < 0.5);
+        QVERIFY(std::abs(ticks.front().box.center().x() - 50.0 * kPointsInAMillimeter) < 0.5);
         // A calibration page is not a print of labels.
         QCOMPARE(printCount(), qint64(4));
     }
@@ -666,7 +666,7 @@ private Q_SLOTS:
     {
         if (!popplerInstalled())
             QSKIP("poppler-utils is not installed");
-        const QSizeF label(62.0 * kPointsInAMillimetre, 29.0 * kPointsInAMillimetre);
+        const QSizeF label(62.0 * kPointsInAMillimeter, 29.0 * kPointsInAMillimeter);
         const PrintingWindow window =
             openPrinting(labelRecord(label, numbered(1), QStringLiteral("5"), QStringLiteral("1")));
         PageSetupChoice roll;
@@ -707,7 +707,7 @@ private Q_SLOTS:
         verifyCopiesOnLetter(window.printing->exportPath, 12, 0, 2);
     }
 
-    void aCancelledExportDialogWritesNothing()
+    void aCanceledExportDialogWritesNothing()
     {
         const PrintingWindow window = openPrinting(labelRecord(
             QSizeF(100.0, 50.0), numbered(2), QStringLiteral("12"), QStringLiteral("0")));
@@ -731,7 +731,7 @@ private Q_SLOTS:
 
     // --- Long prints ---
 
-    void aLongPrintShowsItsProgressAndCanBeCancelled()
+    void aLongPrintShowsItsProgressAndCanBeCanceled()
     {
         QSettings().setValue(QString::fromLatin1(kPrintCountKey), 4);
         // Labels of 20 x 10 points: 27 x 72 to a page; 400 pages.
@@ -768,13 +768,13 @@ private Q_SLOTS:
         auto* cancel = progress->findChild<QPushButton*>();
         QVERIFY(cancel);
         QTest::mouseClick(cancel, Qt::LeftButton);
-        const qint64 paintedWhenCancelled = run->pagesPainted();
+        const qint64 paintedWhenCanceled = run->pagesPainted();
         QVERIFY(finished.wait(60000));
-        QCOMPARE(finished.first().first().value<PaintOutcome>(), PaintOutcome::Cancelled);
+        QCOMPARE(finished.first().first().value<PaintOutcome>(), PaintOutcome::Canceled);
         // Cancelling stops once the page being painted is done.
-        QVERIFY2(run->pagesPainted() <= paintedWhenCancelled + 1,
+        QVERIFY2(run->pagesPainted() <= paintedWhenCanceled + 1,
                  qPrintable(QStringLiteral("%1 pages when cancelled, %2 at the end")
-                                .arg(paintedWhenCancelled)
+                                .arg(paintedWhenCanceled)
                                 .arg(run->pagesPainted())));
         QVERIFY(run->pagesPainted() < 400);
         QTRY_COMPARE(ended.size(), 1);

@@ -18,7 +18,7 @@ using namespace lomir;
 
 namespace {
 
-constexpr double kPointsInAMillimetre = 72.0 / 25.4;
+constexpr double kPointsInAMillimeter = 72.0 / 25.4;
 
 PageSetupChoice a5Landscape()
 {
@@ -106,7 +106,7 @@ private Q_SLOTS:
         for (Qt::Edge edge : {Qt::LeftEdge, Qt::TopEdge, Qt::RightEdge, Qt::BottomEdge})
             typeInto(dialog.marginBox(edge), 0.0);
         const PaperSettings paper = paperSettings(dialog.choice().layout);
-        QCOMPARE(paper.paper, QSizeF(62.0 * kPointsInAMillimetre, 29.0 * kPointsInAMillimetre));
+        QCOMPARE(paper.paper, QSizeF(62.0 * kPointsInAMillimeter, 29.0 * kPointsInAMillimeter));
         QCOMPARE(paper.margins, QMarginsF());
         QVERIFY(dialog.okButton()->isEnabled());
     }

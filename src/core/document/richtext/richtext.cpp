@@ -14,9 +14,9 @@ std::size_t hashOf(const TextAttributes& attributes)
     if (const std::optional<FontSpec>& font = attributes.font)
         seed = qHashMulti(seed, font->family, font->postScriptName, font->pointSize, font->bold,
                           font->italic);
-    for (const std::optional<Rgba>& colour : {attributes.foreground, attributes.background}) {
-        seed = colour ? qHashMulti(seed, colour->red, colour->green, colour->blue, colour->alpha)
-                      : qHashMulti(seed, -1);
+    for (const std::optional<Rgba>& color : {attributes.foreground, attributes.background}) {
+        seed = color ? qHashMulti(seed, color->red, color->green, color->blue, color->alpha)
+                     : qHashMulti(seed, -1);
     }
     seed = qHashMulti(seed, attributes.underline, attributes.strikethrough);
     if (const std::optional<ParagraphStyle>& paragraph = attributes.paragraph)

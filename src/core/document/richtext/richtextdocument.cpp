@@ -20,21 +20,21 @@ enum : int
     ParagraphStyleProperty,     // QList<qreal>: the paragraph style's spacing and indents
 };
 
-QColor toQColor(const Rgba& colour)
+QColor toQColor(const Rgba& color)
 {
-    return QColor(colour.red, colour.green, colour.blue, colour.alpha);
+    return QColor(color.red, color.green, color.blue, color.alpha);
 }
 
-std::optional<Rgba> brushColour(const QTextFormat& format, int property)
+std::optional<Rgba> brushColor(const QTextFormat& format, int property)
 {
     if (!format.hasProperty(property))
         return std::nullopt;
     const QBrush brush = format.brushProperty(property);
     if (brush.style() == Qt::NoBrush)
         return std::nullopt;
-    const QColor colour = brush.color().toRgb();
-    return Rgba{quint8(colour.red()), quint8(colour.green()), quint8(colour.blue()),
-                quint8(colour.alpha())};
+    const QColor color = brush.color().toRgb();
+    return Rgba{quint8(color.red()), quint8(color.green()), quint8(color.blue()),
+                quint8(color.alpha())};
 }
 
 QStringList fontIdentity(const QString& family, bool bold, bool italic, const QString& name)
@@ -188,8 +188,8 @@ TextAttributes fromFormats(const QTextCharFormat& format, const QTextBlockFormat
             font.postScriptName = identity[3];
         attributes.font = font;
     }
-    attributes.foreground = brushColour(format, QTextFormat::ForegroundBrush);
-    attributes.background = brushColour(format, QTextFormat::BackgroundBrush);
+    attributes.foreground = brushColor(format, QTextFormat::ForegroundBrush);
+    attributes.background = brushColor(format, QTextFormat::BackgroundBrush);
     if (format.fontUnderline()) {
         const int raw = format.intProperty(UnderlineStyleProperty);
         attributes.underline = raw != LineStyle::None ? raw : LineStyle::Single;

@@ -414,7 +414,7 @@ private Q_SLOTS:
     void classHintsStandInOnlyForUnknownClasses();
     void unreadableClasses_data();
     void unreadableClasses();
-    void unmodelledAttributesAreSkipped();
+    void unmodeledAttributesAreSkipped();
 
     // Hostile and broken archives.
     void truncatedArchives();
@@ -508,10 +508,10 @@ void TestKeyedArchive::genericRgbMatchesMacOs()
 {
     // macOS stored these sRGB colours with their generic-RGB equivalents (NSRGB) in the
     // text-storage fixtures.
-    const Rgb grey = srgbToGenericRgb({0.87843, 0.87059, 0.83922});
-    QVERIFY(qAbs(grey[0] - 0.8492285013) < 1e-5);
-    QVERIFY(qAbs(grey[1] - 0.8409650326) < 1e-5);
-    QVERIFY(qAbs(grey[2] - 0.8022917509) < 1e-5);
+    const Rgb gray = srgbToGenericRgb({0.87843, 0.87059, 0.83922});
+    QVERIFY(qAbs(gray[0] - 0.8492285013) < 1e-5);
+    QVERIFY(qAbs(gray[1] - 0.8409650326) < 1e-5);
+    QVERIFY(qAbs(gray[2] - 0.8022917509) < 1e-5);
     // Pure red leaves the generic gamut; macOS clips green to 0 and maps blue slightly
     // differently, so only a close match is expected.
     const Rgb red = srgbToGenericRgb({1, 0, 0});
@@ -519,12 +519,12 @@ void TestKeyedArchive::genericRgbMatchesMacOs()
     QVERIFY(red[1] < 0);
     QVERIFY(qAbs(red[2] - 0.02694000863) < 3e-3);
     // The way back.
-    const Rgb back = genericRgbToSrgb(grey);
+    const Rgb back = genericRgbToSrgb(gray);
     QVERIFY(qAbs(back[0] - 0.87843) < 1e-9);
     QVERIFY(qAbs(back[2] - 0.83922) < 1e-9);
     // Display P3 and sRGB share white and the transfer curve: greys stay grey.
-    const Rgb p3Grey = displayP3ToSrgb({0.5, 0.5, 0.5});
-    QVERIFY(qAbs(p3Grey[0] - 0.5) < 1e-9 && qAbs(p3Grey[1] - 0.5) < 1e-9);
+    const Rgb p3Gray = displayP3ToSrgb({0.5, 0.5, 0.5});
+    QVERIFY(qAbs(p3Gray[0] - 0.5) < 1e-9 && qAbs(p3Gray[1] - 0.5) < 1e-9);
     // P3 red is outside sRGB.
     const Rgb p3Red = displayP3ToSrgb({1, 0, 0});
     QVERIFY(p3Red[0] > 1.0 && p3Red[1] < 0.0);
@@ -750,9 +750,9 @@ void TestKeyedArchive::roundTrip_data()
     QTest::newRow("default paragraph style") << RichText(u"x"_s, plainParagraph);
 
     RichText emojiOnly(u"\U0001F44D\U0001F3FD"_s); // thumbs up with a skin tone: four units
-    TextAttributes coloured;
-    coloured.foreground = Rgba{0, 128, 255, 255};
-    emojiOnly.setAttributes(2, 2, coloured);
+    TextAttributes colored;
+    colored.foreground = Rgba{0, 128, 255, 255};
+    emojiOnly.setAttributes(2, 2, colored);
     QTest::newRow("runs inside an emoji sequence") << emojiOnly;
 
     // Enough characters that run lengths take several bytes.
@@ -1439,7 +1439,7 @@ void TestKeyedArchive::unreadableClasses()
                                        u"\u201d, which Lomir cannot read."_s);
 }
 
-void TestKeyedArchive::unmodelledAttributesAreSkipped()
+void TestKeyedArchive::unmodeledAttributesAreSkipped()
 {
     // Attributes that labels do not have are skipped whatever their values are, as macOS
     // skips attributes it has no use for: an attachment (its character stays in the

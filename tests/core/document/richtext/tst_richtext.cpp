@@ -19,7 +19,7 @@ TextAttributes boldAttributes()
     return attributes;
 }
 
-TextAttributes colouredAttributes()
+TextAttributes coloredAttributes()
 {
     TextAttributes attributes;
     attributes.foreground = Rgba{200, 10, 20, 255};
@@ -29,13 +29,13 @@ TextAttributes colouredAttributes()
 // Several runs with every attribute the label can carry, over several paragraphs.
 RichText sampleText()
 {
-    ParagraphStyle centred;
-    centred.alignment = TextAlignment::Center;
-    centred.lineSpacing = 3.5;
-    centred.paragraphSpacing = 6;
+    ParagraphStyle centered;
+    centered.alignment = TextAlignment::Center;
+    centered.lineSpacing = 3.5;
+    centered.paragraphSpacing = 6;
 
     TextAttributes title = boldAttributes();
-    title.paragraph = centred;
+    title.paragraph = centered;
     title.underline = LineStyle::Double;
 
     TextAttributes body;
@@ -112,7 +112,7 @@ private Q_SLOTS:
         const RichText original(QStringLiteral("label"), boldAttributes());
         RichText copy = original;
         copy.replace(0, 1, QStringLiteral("L"));
-        copy.setAttributes(1, 2, colouredAttributes());
+        copy.setAttributes(1, 2, coloredAttributes());
         QCOMPARE(original.string(), QStringLiteral("label"));
         QCOMPARE(original.runs().size(), std::size_t(1));
         QVERIFY(copy != original);
@@ -121,19 +121,19 @@ private Q_SLOTS:
     void replacementTakesAttributesOfFirstReplacedCharacter()
     {
         RichText text(QStringLiteral("No. "), boldAttributes());
-        text.append(QStringLiteral("##"), colouredAttributes());
+        text.append(QStringLiteral("##"), coloredAttributes());
         text.append(QStringLiteral("!"), TextAttributes{});
         text.replace(4, 3, QStringLiteral("0042"));
         QCOMPARE(text.string(), QStringLiteral("No. 0042"));
         const auto runs = text.runs();
         QCOMPARE(runs.size(), std::size_t(2));
-        QCOMPARE(runs[1], (AttributeRun{4, 4, colouredAttributes()}));
+        QCOMPARE(runs[1], (AttributeRun{4, 4, coloredAttributes()}));
     }
 
     void insertionTakesAttributesOfPreviousCharacter()
     {
         RichText text(QStringLiteral("ab"), boldAttributes());
-        text.append(QStringLiteral("cd"), colouredAttributes());
+        text.append(QStringLiteral("cd"), coloredAttributes());
         text.replace(2, 0, QStringLiteral("X"));
         QCOMPARE(text.attributesAt(2), boldAttributes());
         text.replace(0, 0, QStringLiteral("Y"));
@@ -146,11 +146,11 @@ private Q_SLOTS:
     void setAttributesReplacesAllOthers()
     {
         RichText text(QStringLiteral("abcdef"), boldAttributes());
-        text.setAttributes(2, 2, colouredAttributes());
+        text.setAttributes(2, 2, coloredAttributes());
         const auto runs = text.runs();
         QCOMPARE(runs.size(), std::size_t(3));
         QCOMPARE(runs[0], (AttributeRun{0, 2, boldAttributes()}));
-        QCOMPARE(runs[1], (AttributeRun{2, 2, colouredAttributes()}));
+        QCOMPARE(runs[1], (AttributeRun{2, 2, coloredAttributes()}));
         QCOMPARE(runs[2], (AttributeRun{4, 2, boldAttributes()}));
         QVERIFY(!runs[1].attributes.font);
     }
@@ -158,12 +158,12 @@ private Q_SLOTS:
     void runsOverRangeAreClipped()
     {
         RichText text(QStringLiteral("aaa"), boldAttributes());
-        text.append(QStringLiteral("bbb"), colouredAttributes());
+        text.append(QStringLiteral("bbb"), coloredAttributes());
         text.append(QStringLiteral("ccc"), TextAttributes{});
         const auto runs = text.runs(2, 5);
         QCOMPARE(runs.size(), std::size_t(3));
         QCOMPARE(runs[0], (AttributeRun{2, 1, boldAttributes()}));
-        QCOMPARE(runs[1], (AttributeRun{3, 3, colouredAttributes()}));
+        QCOMPARE(runs[1], (AttributeRun{3, 3, coloredAttributes()}));
         QCOMPARE(runs[2], (AttributeRun{6, 1, TextAttributes{}}));
         QVERIFY(text.runs(9, 0).empty());
     }
@@ -192,11 +192,11 @@ private Q_SLOTS:
         // stored once. 100000 runs alternating between two sets, one character each.
         constexpr int runs = 100000;
         const TextAttributes bold = boldAttributes();
-        const TextAttributes coloured = colouredAttributes();
+        const TextAttributes colored = coloredAttributes();
         const std::size_t before = heapInUse();
         RichText text;
         for (int run = 0; run < runs; ++run)
-            text.append(QString(QChar(u'a' + run % 26)), run % 2 == 0 ? bold : coloured);
+            text.append(QString(QChar(u'a' + run % 26)), run % 2 == 0 ? bold : colored);
         const std::size_t used = heapInUse() - before;
         QCOMPARE(text.runs().size(), std::size_t(runs));
         // Two bytes a character and eight a run, each at most doubled by growth.
@@ -210,9 +210,9 @@ private Q_SLOTS:
     void midKeepsAttributes()
     {
         RichText text(QStringLiteral("aaa"), boldAttributes());
-        text.append(QStringLiteral("bbb"), colouredAttributes());
+        text.append(QStringLiteral("bbb"), coloredAttributes());
         RichText expected(QStringLiteral("ab"), boldAttributes());
-        expected.setAttributes(1, 1, colouredAttributes());
+        expected.setAttributes(1, 1, coloredAttributes());
         QCOMPARE(text.mid(2, 2), expected);
     }
 
@@ -237,12 +237,12 @@ private Q_SLOTS:
         underlined.underline = LineStyle::Single;
         RichText text(QStringLiteral("ab"), boldAttributes());
         text.append(QStringLiteral("cd"), underlined);
-        text.append(QStringLiteral("ef"), colouredAttributes());
+        text.append(QStringLiteral("ef"), coloredAttributes());
         text.modifyAttributes(0, text.length(), [](TextAttributes& attributes) {
             attributes.underline = LineStyle::None;
         });
         RichText expected(QStringLiteral("abcd"), boldAttributes());
-        expected.append(QStringLiteral("ef"), colouredAttributes());
+        expected.append(QStringLiteral("ef"), coloredAttributes());
         QCOMPARE(text, expected);
         QCOMPARE(text.runs().size(), std::size_t(2));
         // Changed over part of it, the same.
@@ -289,7 +289,7 @@ private Q_SLOTS:
         QVERIFY(!empty.deleteLastCharacter());
     }
 
-    void colourHex() { QCOMPARE((Rgba{255, 0, 16, 128}.toHex()), QStringLiteral("#ff001080")); }
+    void colorHex() { QCOMPARE((Rgba{255, 0, 16, 128}.toHex()), QStringLiteral("#ff001080")); }
 
     void documentRoundTrip_data()
     {
@@ -298,7 +298,7 @@ private Q_SLOTS:
         QTest::newRow("no attributes") << RichText(QStringLiteral("plain"));
         QTest::newRow("one paragraph") << RichText(QStringLiteral("Jar"), boldAttributes());
         QTest::newRow("trailing line feed") << RichText(QStringLiteral("abc\n"), boldAttributes());
-        QTest::newRow("only line feeds") << RichText(QStringLiteral("\n\n"), colouredAttributes());
+        QTest::newRow("only line feeds") << RichText(QStringLiteral("\n\n"), coloredAttributes());
         QTest::newRow("several runs and paragraphs") << sampleText();
     }
 

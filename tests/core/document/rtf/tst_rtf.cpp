@@ -108,7 +108,7 @@ private Q_SLOTS:
     void textEditUnicodeCredits();
     void textEditSkimCredits();
     void textEditShiftJis();
-    void textEditUnderlineAndAlphaColour();
+    void textEditUnderlineAndAlphaColor();
     void textEditGenericRgbAndBackground();
     void textEditSequelAce();
     void word2002();
@@ -119,7 +119,7 @@ private Q_SLOTS:
 
     void writesCocoaShape();
     void writesFontTableWithPostScriptNames();
-    void writesSizesColoursAndStyles();
+    void writesSizesColorsAndStyles();
     void writesEscapesAsSevenBitAscii();
     void writesParagraphStyles();
     void writesIndentsWithinTheReadersRange_data();
@@ -147,7 +147,7 @@ private Q_SLOTS:
     void paragraphFormatting();
     void indentsAtTheLimitsRoundTrip_data();
     void indentsAtTheLimitsRoundTrip();
-    void colourTables();
+    void colorTables();
 
     void hostileInputs_data();
     void hostileInputs();
@@ -344,7 +344,7 @@ void RtfTest::textEditShiftJis()
     QCOMPARE(find(text, u"Corentin"_s).attributes.font->postScriptName, u"Helvetica"_s);
 }
 
-void RtfTest::textEditUnderlineAndAlphaColour()
+void RtfTest::textEditUnderlineAndAlphaColor()
 {
     READ_FIXTURE("textedit-cocoartf1671-pine-credits-underline.rtf");
 
@@ -511,11 +511,11 @@ void RtfTest::libreOfficeFormatting()
     QVERIFY(emoji.oneRun);
     QCOMPARE(emoji.attributes.font->family, u"Liberation Sans"_s);
 
-    const Found centred = find(text, u"Centered 18pt paragraph"_s);
-    QVERIFY(centred.oneRun);
-    QCOMPARE(centred.attributes.font->family, u"Liberation Serif"_s);
-    QCOMPARE(centred.attributes.font->pointSize, 18.0);
-    QCOMPARE(alignmentOf(centred.attributes), TextAlignment::Center);
+    const Found centered = find(text, u"Centered 18pt paragraph"_s);
+    QVERIFY(centered.oneRun);
+    QCOMPARE(centered.attributes.font->family, u"Liberation Serif"_s);
+    QCOMPARE(centered.attributes.font->pointSize, 18.0);
+    QCOMPARE(alignmentOf(centered.attributes), TextAlignment::Center);
 
     const Found right = find(text, u"Right aligned with highlight"_s);
     QVERIFY(right.oneRun);
@@ -606,7 +606,7 @@ void RtfTest::writesFontTableWithPostScriptNames()
     QVERIFY(rtf.contains("\\f0\\fs24 \\cf0 a\n\\f1\\b b\n\\f2\\b0 c\n\\f3 d\n\\f0 e\n\\f4 f}"));
 }
 
-void RtfTest::writesSizesColoursAndStyles()
+void RtfTest::writesSizesColorsAndStyles()
 {
     TextAttributes big = withFont(face("Helvetica", 14.667));
     big.foreground = Rgba{102, 0, 153, 255};
@@ -644,8 +644,8 @@ void RtfTest::writesEscapesAsSevenBitAscii()
 
 void RtfTest::writesParagraphStyles()
 {
-    ParagraphStyle centred;
-    centred.alignment = TextAlignment::Center;
+    ParagraphStyle centered;
+    centered.alignment = TextAlignment::Center;
     ParagraphStyle spaced;
     spaced.alignment = TextAlignment::Justified;
     spaced.headIndent = 36;
@@ -657,7 +657,7 @@ void RtfTest::writesParagraphStyles()
     spaced.lineSpacing = 2;
 
     TextAttributes first = withFont(face("Helvetica", 12));
-    first.paragraph = centred;
+    first.paragraph = centered;
     TextAttributes second = first;
     second.paragraph = spaced;
     RichText text(u"one\ntwo\n"_s, first);
@@ -755,20 +755,20 @@ void RtfTest::roundTripIsLossless_data()
         QTest::newRow("underline and strikethrough") << text;
     }
     {
-        const auto coloured = [](std::optional<Rgba> foreground, std::optional<Rgba> background) {
+        const auto colored = [](std::optional<Rgba> foreground, std::optional<Rgba> background) {
             TextAttributes attributes = withFont(face("Helvetica", 12));
             attributes.foreground = foreground;
             attributes.background = background;
             return attributes;
         };
         const Rgba white{255, 255, 255, 255};
-        RichText text(u"red "_s, coloured(Rgba{255, 0, 0, 255}, std::nullopt));
-        text.append(u"on yellow "_s, coloured(Rgba{1, 2, 3, 255}, Rgba{255, 255, 0, 255}));
-        text.append(u"translucent "_s, coloured(Rgba{0, 0, 0, 128}, Rgba{10, 200, 30, 1}));
-        text.append(u"white text "_s, coloured(white, std::nullopt));
-        text.append(u"white background "_s, coloured(std::nullopt, white));
-        text.append(u"black on white"_s, coloured(Rgba{0, 0, 0, 255}, white));
-        text.append(u" default"_s, coloured(std::nullopt, std::nullopt));
+        RichText text(u"red "_s, colored(Rgba{255, 0, 0, 255}, std::nullopt));
+        text.append(u"on yellow "_s, colored(Rgba{1, 2, 3, 255}, Rgba{255, 255, 0, 255}));
+        text.append(u"translucent "_s, colored(Rgba{0, 0, 0, 128}, Rgba{10, 200, 30, 1}));
+        text.append(u"white text "_s, colored(white, std::nullopt));
+        text.append(u"white background "_s, colored(std::nullopt, white));
+        text.append(u"black on white"_s, colored(Rgba{0, 0, 0, 255}, white));
+        text.append(u" default"_s, colored(std::nullopt, std::nullopt));
         QTest::newRow("colours") << text;
     }
     {
@@ -790,25 +790,25 @@ void RtfTest::roundTripIsLossless_data()
         spaced.firstLineHeadIndent = 18;
         spaced.tailIndent = -12;
         spaced.lineHeightMultiple = 1.15;
-        ParagraphStyle centredSpaced = spaced;
-        centredSpaced.alignment = TextAlignment::Center;
+        ParagraphStyle centeredSpaced = spaced;
+        centeredSpaced.alignment = TextAlignment::Center;
         RichText text(u"left\n"_s, aligned(alignment(TextAlignment::Left)));
         text.append(u"right\n"_s, aligned(alignment(TextAlignment::Right)));
         text.append(u"centre\n"_s, aligned(alignment(TextAlignment::Center)));
         text.append(u"justified\n"_s, aligned(alignment(TextAlignment::Justified)));
         text.append(u"natural\n"_s, aligned(std::nullopt));
         text.append(u"spaced\n"_s, aligned(spaced));
-        text.append(u"centred and spaced"_s, aligned(centredSpaced));
+        text.append(u"centred and spaced"_s, aligned(centeredSpaced));
         QTest::newRow("alignment and spacing") << text;
     }
     {
         // Formatting that changes inside a paragraph and across its break.
         TextAttributes bold = withFont(face("Helvetica-Bold", 12));
-        ParagraphStyle centred;
-        centred.alignment = TextAlignment::Center;
-        bold.paragraph = centred;
+        ParagraphStyle centered;
+        centered.alignment = TextAlignment::Center;
+        bold.paragraph = centered;
         TextAttributes plain = withFont(face("Helvetica", 12));
-        plain.paragraph = centred;
+        plain.paragraph = centered;
         RichText text(u"Ti"_s, bold);
         text.append(u"tle\nsub"_s, plain);
         text.append(u"title\n\n"_s, bold);
@@ -1271,7 +1271,7 @@ void RtfTest::indentsAtTheLimitsRoundTrip()
     QVERIFY(readOrFail(written) == read);
 }
 
-void RtfTest::colourTables()
+void RtfTest::colorTables()
 {
     // The expanded table wins where it has an entry; an empty one defers to the 8-bit
     // values; gray and alpha components are read.
