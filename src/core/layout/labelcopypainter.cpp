@@ -516,19 +516,21 @@ void LabelCopyPainter::drawCopies(QPainter& painter, std::span<const LabelCopy> 
     }
 }
 
-void LabelCopyPainter::drawFromGlyphs(QPainter& painter, std::span<const LabelCopy> copies) const
+struct LabelCopyPainter::PlacedCopy
 {
-    struct Placed
-    {
-        const LabelCopy* copy;
-        std::shared_ptr<const PositionedLabel> label;
-        std::size_t digits; // where the copy's digits start in `digits`
-    };
+    const LabelCopy* copy;
+    std::shared_ptr<const PositionedLabel> label;
+    std::size_t digits; // where the copy's digits start in the digits of its batch
+};
+
+std::vector<LabelCopyPainter::PlacedCopy>
+LabelCopyPainter::placeCopies(QPainter& painter, std::span<const LabelCopy> copies,
+                              std::vector<quint8>& digits) const
+{
     const std::size_t digitCount = m_numbering ? std::size_t(m_numbering->serialDigitCount) : 0;
-    std::vector<quint8> digits;
     digits.reserve(copies.size() * digitCount);
     std::vector<quint8> groupDigits(digitCount);
-    std::vector<Placed> placed;
+    std::vector<PlacedCopy> placed;
     placed.reserve(copies.size());
     for (const LabelCopy& copy : copies) {
         const std::size_t first = digits.size();
@@ -546,8 +548,15 @@ void LabelCopyPainter::drawFromGlyphs(QPainter& painter, std::span<const LabelCo
             drawStraightforward(painter, copy);
             continue;
         }
-        placed.push_back(Placed{&copy, std::move(label), first});
+        placed.push_back(PlacedCopy{&copy, std::move(label), first});
     }
+    return placed;
+}
+
+void LabelCopyPainter::drawFromGlyphs(QPainter& painter, std::span<const LabelCopy> copies) const
+{
+    std::vector<quint8> digits;
+    const std::vector<PlacedCopy> placed = placeCopies(painter, copies, digits);
     if (placed.empty())
         return;
 
@@ -559,7 +568,7 @@ void LabelCopyPainter::drawFromGlyphs(QPainter& painter, std::span<const LabelCo
     painter.translate(anchor);
     painter.scale(1.0 / unitsPerPoint, 1.0 / unitsPerPoint);
 
-    auto appendCopy = [&](const Placed& copy, const GlyphOp& op, QList<quint32>& glyphs,
+    auto appendCopy = [&](const PlacedCopy& copy, const GlyphOp& op, QList<quint32>& glyphs,
                           QList<QPointF>& positions) {
         const QPointF offset = (copy.copy->rect.topLeft() - anchor) * unitsPerPoint;
         const qsizetype first = glyphs.size();
@@ -585,7 +594,7 @@ void LabelCopyPainter::drawFromGlyphs(QPainter& painter, std::span<const LabelCo
     // Copies whose text must be clipped, or whose layout has other fonts or colours than
     // the first, are drawn one by one; copies never overlap, so the order does not show.
     const QSizeF clipSize = m_textSize * unitsPerPoint;
-    for (const Placed& copy : placed) {
+    for (const PlacedCopy& copy : placed) {
         if (!copy.label->clips && copy.label->batchable)
             continue;
         painter.save();
@@ -608,7 +617,7 @@ void LabelCopyPainter::drawFromGlyphs(QPainter& painter, std::span<const LabelCo
         QList<QPointF> positions;
         glyphs.reserve(m_glyphs->structure[index].glyphs.size() * qsizetype(placed.size()));
         positions.reserve(glyphs.capacity());
-        for (const Placed& copy : placed) {
+        for (const PlacedCopy& copy : placed) {
             if (!copy.label->clips && copy.label->batchable)
                 appendCopy(copy, copy.label->ops[index], glyphs, positions);
         }

@@ -82,12 +82,17 @@ public:
 private:
     struct SharedGlyphs;
     struct PositionedLabel;
+    struct PlacedCopy;
 
     // Lays the numbered label out with probe numbers; false when copies cannot be drawn
     // from shared layouts.
     bool probeNumberedLabel(SharedGlyphs& glyphs) const;
     void drawStraightforward(QPainter& painter, const LabelCopy& copy) const;
     void drawFromGlyphs(QPainter& painter, std::span<const LabelCopy> copies) const;
+    // The copies that can be drawn from shared glyphs, each with its positioned label and
+    // its serial digits appended to digits; the others are drawn straightforwardly here.
+    std::vector<PlacedCopy> placeCopies(QPainter& painter, std::span<const LabelCopy> copies,
+                                        std::vector<quint8>& digits) const;
     // The digit values of the copy's serial number, or false when the number is not made
     // of exactly the planned number of digits (a negative number, say).
     bool serialDigits(qint64 copyIndex, quint8* digits) const;

@@ -82,8 +82,9 @@ public:
     // the last copy. Cells are placed relative to the top of rect.
     std::vector<LabelCopy> copiesOnPage(const QRectF& rect) const;
 
-    // Draws the copies of the page that rect starts on; rect is in the view's
-    // coordinates (the painter maps the view's coordinates to the page).
+    // Called by the page loop (paintPage) for every page printed, previewed or exported:
+    // draws the copies of the page that rect starts on; rect is in the view's coordinates
+    // (the painter maps the view's coordinates to the page).
     void drawRect(QPainter& painter, const QRectF& rect) const;
 
 private:

@@ -31,8 +31,9 @@ public:
     explicit AppDelegate(DocumentUserInterface& userInterface, QObject* parent = nullptr);
     ~AppDelegate() override;
 
-    // Writes the font size list, then brings back recovered documents and opens the
-    // files, or a new document when there is nothing else.
+    // Called by main() once the application object exists: writes the font size list,
+    // then brings back recovered documents and opens the files, or a new document when
+    // there is nothing else.
     void applicationDidFinishLaunching(const QStringList& paths);
 
     DocumentController& documentController() const { return *m_documents; }
@@ -48,6 +49,7 @@ public:
 
 private:
     void connectDocumentController();
+    // Called whenever the document controller adds a document: gives it its window.
     void makeWindowControllers(Document* document);
     void fillOpenRecentMenu(QMenu* menu);
 

@@ -168,7 +168,28 @@ FormatControls::FormatControls(LabelTextView* textView, const QStringList& sizes
 {
     m_toolBar->setObjectName(QStringLiteral("formatToolBar"));
     m_toolBar->setIconSize(QSize(16, 16));
+    setUpFontBoxes(sizes);
+    makeStyleActions();
+    m_fontDialog = new QAction(QIcon::fromTheme(QStringLiteral("preferences-desktop-font")),
+                               tr("Show Fonts..."), this);
+    m_fontDialog->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_T));
+    m_fontDialog->setToolTip(
+        tr("Choose a font (%1)").arg(m_fontDialog->shortcut().toString(QKeySequence::NativeText)));
+    connect(m_fontDialog, &QAction::triggered, this, &FormatControls::chooseFont);
 
+    makeAlignmentActions();
+    fillToolBar();
+
+    connect(m_textView, &LabelTextView::typingAttributesDidChange, this,
+            &FormatControls::showCurrentFormat);
+    connect(m_textView, &LabelTextView::selectionDidChange, this,
+            &FormatControls::showCurrentFormat);
+    connect(m_textView, &LabelTextView::textDidChange, this, &FormatControls::showCurrentFormat);
+    showCurrentFormat();
+}
+
+void FormatControls::setUpFontBoxes(const QStringList& sizes)
+{
     m_familyBox->setObjectName(QStringLiteral("fontFamilyBox"));
     m_familyBox->setToolTip(tr("Font family"));
     connect(m_familyBox, &QComboBox::textActivated, this, &FormatControls::applyFamily);
@@ -181,7 +202,12 @@ FormatControls::FormatControls(LabelTextView* textView, const QStringList& sizes
     m_sizeBox->setValidator(new QDoubleValidator(0.5, 9999.0, 2, m_sizeBox));
     m_sizeBox->setMinimumContentsLength(4);
     connect(m_sizeBox, &QComboBox::textActivated, this, &FormatControls::applySize);
+}
 
+// Bold, italic, underline and strikethrough toggle their attribute over the selection;
+// the text color opens the color dialog.
+void FormatControls::makeStyleActions()
+{
     m_bold = checkableAction(letterIcon(QStringLiteral("format-text-bold"), QStringLiteral("B"),
                                         [](QFont& font) { font.setBold(true); }),
                              tr("Bold"), QKeySequence::Bold, this);
@@ -220,14 +246,10 @@ FormatControls::FormatControls(LabelTextView* textView, const QStringList& sizes
     m_color = new QAction(colorIcon(Qt::black), tr("Text Colour..."), this);
     m_color->setToolTip(tr("Text colour"));
     connect(m_color, &QAction::triggered, this, &FormatControls::chooseColor);
+}
 
-    m_fontDialog = new QAction(QIcon::fromTheme(QStringLiteral("preferences-desktop-font")),
-                               tr("Show Fonts..."), this);
-    m_fontDialog->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_T));
-    m_fontDialog->setToolTip(
-        tr("Choose a font (%1)").arg(m_fontDialog->shortcut().toString(QKeySequence::NativeText)));
-    connect(m_fontDialog, &QAction::triggered, this, &FormatControls::chooseFont);
-
+void FormatControls::makeAlignmentActions()
+{
     m_alignment = new QActionGroup(this);
     m_alignLeft =
         checkableAction(alignmentIcon(QStringLiteral("format-justify-left"), Qt::AlignLeft),
@@ -250,7 +272,10 @@ FormatControls::FormatControls(LabelTextView* textView, const QStringList& sizes
         connect(action, &QAction::triggered, this,
                 [this, alignment = alignment] { m_textView->setAlignment(alignment); });
     }
+}
 
+void FormatControls::fillToolBar()
+{
     m_toolBar->addWidget(m_familyBox);
     m_toolBar->addWidget(m_sizeBox);
     m_toolBar->addSeparator();
@@ -263,13 +288,6 @@ FormatControls::FormatControls(LabelTextView* textView, const QStringList& sizes
     m_toolBar->addActions(m_alignment->actions());
     m_toolBar->addSeparator();
     m_toolBar->addAction(m_fontDialog);
-
-    connect(m_textView, &LabelTextView::typingAttributesDidChange, this,
-            &FormatControls::showCurrentFormat);
-    connect(m_textView, &LabelTextView::selectionDidChange, this,
-            &FormatControls::showCurrentFormat);
-    connect(m_textView, &LabelTextView::textDidChange, this, &FormatControls::showCurrentFormat);
-    showCurrentFormat();
 }
 
 FormatControls::~FormatControls()

@@ -48,6 +48,10 @@ public:
     void showCurrentFormat();
 
 private:
+    void setUpFontBoxes(const QStringList& sizes);
+    void makeStyleActions();
+    void makeAlignmentActions();
+    void fillToolBar();
     void applyFamily(const QString& family);
     void applySize(const QString& text);
     void chooseColor();

@@ -49,8 +49,8 @@ public:
 
     // The window hands the editor its document before showing it.
     void setDocument(Document* document);
-    // The window calls this when it is first shown: the editor loads its document's record
-    // into the controls, once.
+    // Called by the window (CascadingWindowController::showEvent) when it is first shown:
+    // the editor loads its document's record into the controls, once.
     void viewDidAppear();
 
     // The record built from the controls, for saving and printing.
@@ -105,6 +105,7 @@ private:
     void numberInputDidChange(QLineEdit* field);
     void numberInputDidEndEditing(QLineEdit* field);
 
+    // Called once by the constructor, after the .ui file built the controls: wires them.
     void viewDidLoad();
     void setUpAppearance();
     void createActions();

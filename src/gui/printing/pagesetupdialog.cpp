@@ -2,6 +2,7 @@
 
 #include "core/base/units.h"
 #include "core/printing/pagesetup.h"
+#include "core/printing/paper.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -107,9 +108,23 @@ PageSetupDialog::PageSetupDialog(const PageSetupChoice& current, const QStringLi
       m_calibrationOf(std::move(calibrationOf)), m_calibrations(current.calibrations)
 {
     setWindowTitle(tr("Page Setup"));
+    showPaper(current.layout);
+    QFormLayout* paperForm = makePaperForm();
+    m_noRoom->setWordWrap(true);
+    showCalibration(current, printers);
+    auto* whole = new QVBoxLayout(this);
+    whole->addLayout(paperForm);
+    whole->addWidget(m_noRoom);
+    whole->addWidget(m_calibration);
+    whole->addWidget(m_buttons);
 
-    // Paper.
-    const QPageLayout& layout = current.layout;
+    connectControls();
+    updateValidity();
+}
+
+// The paper, orientation, unit and margins of the layout in the controls.
+void PageSetupDialog::showPaper(const QPageLayout& layout)
+{
     const QPageLayout::Unit shownUnit =
         std::find(kUnits.begin(), kUnits.end(), layout.units()) != kUnits.end()
             ? layout.units()
@@ -136,7 +151,10 @@ PageSetupDialog::PageSetupDialog(const PageSetupChoice& current, const QStringLi
     m_marginRight->setPoints(margins.right());
     m_marginBottom->setPoints(margins.bottom());
     paperChanged();
+}
 
+QFormLayout* PageSetupDialog::makePaperForm()
+{
     auto* paperSize = new QHBoxLayout;
     paperSize->addWidget(m_paperWidth);
     paperSize->addWidget(new QLabel(tr("by"), this));
@@ -157,9 +175,13 @@ PageSetupDialog::PageSetupDialog(const PageSetupChoice& current, const QStringLi
     paperForm->addRow(tr("Orientation:"), m_orientation);
     paperForm->addRow(tr("Units:"), m_unit);
     paperForm->addRow(tr("Margins:"), marginGrid);
-    m_noRoom->setWordWrap(true);
+    return paperForm;
+}
 
-    // Calibration.
+// The calibration's controls, with the printers to choose from and the current one's
+// calibration; without a printer there is nothing to calibrate.
+void PageSetupDialog::showCalibration(const PageSetupChoice& current, const QStringList& printers)
+{
     for (QDoubleSpinBox* offset : {m_horizontalOffset, m_verticalOffset}) {
         offset->setRange(-kLargestCalibrationOffsetMillimeters,
                          kLargestCalibrationOffsetMillimeters);
@@ -195,13 +217,10 @@ PageSetupDialog::PageSetupDialog(const PageSetupChoice& current, const QStringLi
                    m_calibration);
     explanation->setWordWrap(true);
     calibrationForm->addRow(explanation);
+}
 
-    auto* whole = new QVBoxLayout(this);
-    whole->addLayout(paperForm);
-    whole->addWidget(m_noRoom);
-    whole->addWidget(m_calibration);
-    whole->addWidget(m_buttons);
-
+void PageSetupDialog::connectControls()
+{
     connect(m_paper, &QComboBox::currentIndexChanged, this, &PageSetupDialog::paperChanged);
     connect(m_unit, &QComboBox::currentIndexChanged, this, &PageSetupDialog::unitChanged);
     connect(m_printer, &QComboBox::currentIndexChanged, this, &PageSetupDialog::printerChanged);
@@ -212,7 +231,6 @@ PageSetupDialog::PageSetupDialog(const PageSetupChoice& current, const QStringLi
             [this] { Q_EMIT calibrationPageRequested(choice()); });
     connect(m_buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(m_buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    updateValidity();
 }
 
 PageSetupDialog::~PageSetupDialog() = default;

@@ -14,6 +14,7 @@
 class QComboBox;
 class QDialogButtonBox;
 class QDoubleSpinBox;
+class QFormLayout;
 class QGroupBox;
 class QLabel;
 class QPushButton;
@@ -76,6 +77,10 @@ Q_SIGNALS:
     void calibrationPageRequested(const lomir::PageSetupChoice& choice);
 
 private:
+    void showPaper(const QPageLayout& layout);
+    QFormLayout* makePaperForm();
+    void showCalibration(const PageSetupChoice& current, const QStringList& printers);
+    void connectControls();
     void fillPaperSizes(const QPageSize& current);
     void paperChanged();
     void unitChanged();

@@ -6,6 +6,7 @@
 #include "core/layout/tilingtextview.h"
 #include "core/printing/calibrationpage.h"
 #include "core/printing/pagesetup.h"
+#include "core/printing/paper.h"
 #include "core/printing/printroutine.h"
 #include "gui/printing/printdialogs.h"
 #include "gui/printing/printpreview.h"

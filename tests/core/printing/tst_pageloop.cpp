@@ -569,16 +569,16 @@ private Q_SLOTS:
         double largest = 0.0;
         for (const PdfWord& word : words) {
             bool isNumber = false;
-            const int millimetres = word.text.toInt(&isNumber);
+            const int millimeters = word.text.toInt(&isNumber);
             if (!isNumber)
                 continue;
             if (std::abs(word.box.top() - topNumbersAt) < 0.5) {
                 ++top;
-                largest = std::max({largest, std::abs(word.box.center().x() - millimetres * mm),
+                largest = std::max({largest, std::abs(word.box.center().x() - millimeters * mm),
                                     std::abs(word.box.top() - topNumbersAt)});
             } else if (std::abs(word.box.left() - leftNumbersAt) < 0.5) {
                 ++left;
-                largest = std::max({largest, std::abs(word.box.center().y() - millimetres * mm),
+                largest = std::max({largest, std::abs(word.box.center().y() - millimeters * mm),
                                     std::abs(word.box.left() - leftNumbersAt)});
             }
         }
