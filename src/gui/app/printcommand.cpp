@@ -2,6 +2,7 @@
 
 #include "core/document/document.h"
 #include "core/layout/tilingtextview.h"
+#include "core/printing/pageloop.h"
 #include "core/printing/paper.h"
 #include "gui/app/cascadingwindowcontroller.h"
 #include "gui/app/scene.h"

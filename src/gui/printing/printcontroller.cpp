@@ -5,6 +5,7 @@
 #include "core/layout/sheetgeometry.h"
 #include "core/layout/tilingtextview.h"
 #include "core/printing/calibrationpage.h"
+#include "core/printing/pageloop.h"
 #include "core/printing/pagesetup.h"
 #include "core/printing/paper.h"
 #include "core/printing/printroutine.h"

@@ -224,10 +224,10 @@ private Q_SLOTS:
 
     void labelTheSizeOfTheRollFits_data()
     {
-        QTest::addColumn<double>("widthMillimetres");
-        QTest::addColumn<double>("heightMillimetres");
+        QTest::addColumn<double>("widthMillimeters");
+        QTest::addColumn<double>("heightMillimeters");
         QTest::addColumn<qint64>("spacingTag");
-        QTest::addColumn<double>("labelLessMillimetres");
+        QTest::addColumn<double>("labelLessMillimeters");
         QTest::addColumn<bool>("fits");
         QTest::newRow("62 x 29 mm on 62 x 29 mm") << 62.0 << 29.0 << qint64(0) << 0.0 << true;
         QTest::newRow("102 x 152 mm on 102 x 152 mm") << 102.0 << 152.0 << qint64(0) << 0.0 << true;

@@ -149,7 +149,7 @@ private Q_SLOTS:
     void sizeReadoutRoundsUp_data()
     {
         QTest::addColumn<QString>("inches");
-        QTest::addColumn<QString>("millimetreReadout");
+        QTest::addColumn<QString>("millimeterReadout");
         QTest::addColumn<QString>("inchReadout");
         // 1 inch is 72 points, half an inch 36, and 1.3888888888888889 inches 100
         // points.
