@@ -14,7 +14,7 @@ namespace lomir {
 // left edge (the ruler along the top) or top edge (the ruler down the left side).
 struct RulerTick
 {
-    int millimetres = 0;
+    int millimeters = 0;
     QLineF line;   // in points from the paper's top-left corner
     QString label; // the millimetres on every tenth tick, empty on the others
 
