@@ -1,5 +1,7 @@
 #include "core/printing/pagesetup.h"
 
+#include "core/printing/paper.h"
+
 #include <QPageSize>
 #include <QSettings>
 #include <QUrl>
