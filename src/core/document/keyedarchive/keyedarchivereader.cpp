@@ -89,39 +89,7 @@ public:
             return RichText(string, **single);
         }
 
-        // Several runs: an array of dictionaries and the run table.
-        Result<QByteArray> table = m_graph.readData(*info, "the run table of an attributed string");
-        LOMIR_RETURN_IF_ERROR(table);
-        Result<std::vector<plist_t>> dictionaries = m_graph.readArray(*attributes, "attributes");
-        LOMIR_RETURN_IF_ERROR(dictionaries);
-        const qint64 dictionaryCount = qint64(dictionaries->size());
-        // The whole table is checked before any dictionary is read, so that a damaged
-        // table is reported as such whatever the dictionaries hold.
-        if (Status checked = readRunTable(table.value(), string.size(), dictionaryCount,
-                                          [](const RunTableEntry&) { return Status(Done{}); });
-            !checked)
-            return checked.error();
-
-        // The runs go straight into the text. A dictionary is read when a run first uses
-        // it; later runs find it among those read.
-        RichText joined;
-        const QStringView characters(string);
-        qint64 location = 0;
-        const Status built =
-            readRunTable(table.value(), string.size(), dictionaryCount,
-                         [&](const RunTableEntry& entry) -> Status {
-                             Result<Object> dictionary =
-                                 m_graph.resolve(dictionaries.value()[std::size_t(entry.index)]);
-                             LOMIR_RETURN_IF_ERROR(dictionary);
-                             Result<const TextAttributes*> runAttributes =
-                                 readAttributes(*dictionary);
-                             LOMIR_RETURN_IF_ERROR(runAttributes);
-                             joined.append(characters.mid(location, entry.length), **runAttributes);
-                             location += entry.length;
-                             return Done{};
-                         });
-        LOMIR_RETURN_IF_ERROR(built);
-        return joined;
+        return readRuns(string, *info, *attributes);
     }
 
     Result<Rgba> readColor(const Object& object) { return archive::readColor(m_graph, object); }
@@ -154,6 +122,44 @@ public:
 
 private:
     explicit ArchiveReader(ArchiveObjectGraph graph) : m_graph(std::move(graph)) {}
+
+    // The text of an attributed string of several runs: an array of attribute
+    // dictionaries and the run table that gives each run its length and dictionary.
+    Result<RichText> readRuns(const QString& string, const Object& info, const Object& attributes)
+    {
+        Result<QByteArray> table = m_graph.readData(info, "the run table of an attributed string");
+        LOMIR_RETURN_IF_ERROR(table);
+        Result<std::vector<plist_t>> dictionaries = m_graph.readArray(attributes, "attributes");
+        LOMIR_RETURN_IF_ERROR(dictionaries);
+        const qint64 dictionaryCount = qint64(dictionaries->size());
+        // The whole table is checked before any dictionary is read, so that a damaged
+        // table is reported as such whatever the dictionaries hold.
+        if (Status checked = readRunTable(table.value(), string.size(), dictionaryCount,
+                                          [](const RunTableEntry&) { return Status(Done{}); });
+            !checked)
+            return checked.error();
+
+        // The runs go straight into the text. A dictionary is read when a run first uses
+        // it; later runs find it among those read.
+        RichText joined;
+        const QStringView characters(string);
+        qint64 location = 0;
+        const Status built =
+            readRunTable(table.value(), string.size(), dictionaryCount,
+                         [&](const RunTableEntry& entry) -> Status {
+                             Result<Object> dictionary =
+                                 m_graph.resolve(dictionaries.value()[std::size_t(entry.index)]);
+                             LOMIR_RETURN_IF_ERROR(dictionary);
+                             Result<const TextAttributes*> runAttributes =
+                                 readAttributes(*dictionary);
+                             LOMIR_RETURN_IF_ERROR(runAttributes);
+                             joined.append(characters.mid(location, entry.length), **runAttributes);
+                             location += entry.length;
+                             return Done{};
+                         });
+        LOMIR_RETURN_IF_ERROR(built);
+        return joined;
+    }
 
     Result<ParagraphStyle> readParagraphStyle(const Object& object)
     {
@@ -236,45 +242,51 @@ private:
         for (std::size_t i = 0; i < keyItems.size(); ++i) {
             Result<QString> key = m_graph.readString(keyItems[i], "the name of an attribute");
             LOMIR_RETURN_IF_ERROR(key);
-            plist_t value = valueItems[i];
-            const QString& name = key.value();
-            if (name == QLatin1String("NSFont")) {
-                Result<Object> font = m_graph.resolve(value);
-                LOMIR_RETURN_IF_ERROR(font);
-                if (font->isNil())
-                    continue;
-                Result<FontSpec> face = readFont(*font);
-                LOMIR_RETURN_IF_ERROR(face);
-                attributes.font = std::move(face).value();
-            } else if (name == QLatin1String("NSColor") ||
-                       name == QLatin1String("NSBackgroundColor")) {
-                Result<Object> color = m_graph.resolve(value);
-                LOMIR_RETURN_IF_ERROR(color);
-                if (color->isNil())
-                    continue;
-                Result<Rgba> rgba = readColor(*color);
-                LOMIR_RETURN_IF_ERROR(rgba);
-                (name == QLatin1String("NSColor") ? attributes.foreground : attributes.background) =
-                    rgba.value();
-            } else if (name == QLatin1String("NSParagraphStyle")) {
-                Result<Object> paragraph = m_graph.resolve(value);
-                LOMIR_RETURN_IF_ERROR(paragraph);
-                if (paragraph->isNil())
-                    continue;
-                Result<ParagraphStyle> style = readParagraphStyle(*paragraph);
-                LOMIR_RETURN_IF_ERROR(style);
-                attributes.paragraph = style.value();
-            } else if (name == QLatin1String("NSUnderline")) {
-                Result<int> style = readLineStyle(value, "underline");
-                LOMIR_RETURN_IF_ERROR(style);
-                attributes.underline = style.value();
-            } else if (name == QLatin1String("NSStrikethrough")) {
-                Result<int> style = readLineStyle(value, "strikethrough");
-                LOMIR_RETURN_IF_ERROR(style);
-                attributes.strikethrough = style.value();
-            }
+            LOMIR_RETURN_IF_ERROR(readAttribute(key.value(), valueItems[i], attributes));
         }
         return &m_attributes.emplace(object.uid, std::move(attributes)).first->second;
+    }
+
+    // One entry of an attribute dictionary into the attributes: the font, colours,
+    // paragraph style and line styles. A nil value leaves its attribute unset; other
+    // keys are skipped.
+    Status readAttribute(const QString& name, plist_t value, TextAttributes& attributes)
+    {
+        if (name == QLatin1String("NSFont")) {
+            Result<Object> font = m_graph.resolve(value);
+            LOMIR_RETURN_IF_ERROR(font);
+            if (font->isNil())
+                return Done{};
+            Result<FontSpec> face = readFont(*font);
+            LOMIR_RETURN_IF_ERROR(face);
+            attributes.font = std::move(face).value();
+        } else if (name == QLatin1String("NSColor") || name == QLatin1String("NSBackgroundColor")) {
+            Result<Object> color = m_graph.resolve(value);
+            LOMIR_RETURN_IF_ERROR(color);
+            if (color->isNil())
+                return Done{};
+            Result<Rgba> rgba = readColor(*color);
+            LOMIR_RETURN_IF_ERROR(rgba);
+            (name == QLatin1String("NSColor") ? attributes.foreground : attributes.background) =
+                rgba.value();
+        } else if (name == QLatin1String("NSParagraphStyle")) {
+            Result<Object> paragraph = m_graph.resolve(value);
+            LOMIR_RETURN_IF_ERROR(paragraph);
+            if (paragraph->isNil())
+                return Done{};
+            Result<ParagraphStyle> style = readParagraphStyle(*paragraph);
+            LOMIR_RETURN_IF_ERROR(style);
+            attributes.paragraph = style.value();
+        } else if (name == QLatin1String("NSUnderline")) {
+            Result<int> style = readLineStyle(value, "underline");
+            LOMIR_RETURN_IF_ERROR(style);
+            attributes.underline = style.value();
+        } else if (name == QLatin1String("NSStrikethrough")) {
+            Result<int> style = readLineStyle(value, "strikethrough");
+            LOMIR_RETURN_IF_ERROR(style);
+            attributes.strikethrough = style.value();
+        }
+        return Done{};
     }
 
     ArchiveObjectGraph m_graph;
