@@ -1,6 +1,7 @@
 // The object graph of a keyed archive: the object table, references into it, the
 // class of each object and the guards that keep a hostile archive from looping or
-// nesting without end. The class readers (keyedarchivereader.cpp) walk it.
+// nesting without end. The class readers (keyedarchivereader.cpp, and archivedcolor.cpp
+// for colours) walk it.
 
 #include "core/document/keyedarchive/archiveobjectgraph.h"
 

@@ -13,10 +13,13 @@ struct WordEntry
 {
     std::string_view name;
     Word word;
+    char16_t character = 0; // what a Word::Character word stands for
 };
 
 // Sorted by name for binary search. Destinations whose text is never shown are listed
-// as skipped even where writers forget the \* that would mark them ignorable.
+// as skipped even where writers forget the \* that would mark them ignorable. Breaks
+// within a paragraph, table cells and typographic characters are each one character of
+// the text, given here.
 constexpr std::array kWords = {
     WordEntry{"aftnsep"sv, Word::SkippedDestination},
     WordEntry{"aftnsepc"sv, Word::SkippedDestination},
@@ -30,10 +33,10 @@ constexpr std::array kWords = {
     WordEntry{"bkmkend"sv, Word::SkippedDestination},
     WordEntry{"bkmkstart"sv, Word::SkippedDestination},
     WordEntry{"blue"sv, Word::Blue},
-    WordEntry{"bullet"sv, Word::Bullet},
+    WordEntry{"bullet"sv, Word::Character, 0x2022},
     WordEntry{"c"sv, Word::ColorComponent},
     WordEntry{"cb"sv, Word::Background},
-    WordEntry{"cell"sv, Word::Cell},
+    WordEntry{"cell"sv, Word::Character, u'\t'}, // a table cell ends: a tab between cells
     WordEntry{"cf"sv, Word::Foreground},
     WordEntry{"chcbpat"sv, Word::Background},
     WordEntry{"cocoartf"sv, Word::CocoaRtf},
@@ -52,10 +55,10 @@ constexpr std::array kWords = {
     WordEntry{"deff"sv, Word::DefaultFont},
     WordEntry{"doccomm"sv, Word::SkippedDestination},
     WordEntry{"docvar"sv, Word::SkippedDestination},
-    WordEntry{"emdash"sv, Word::EmDash},
-    WordEntry{"emspace"sv, Word::EmSpace},
-    WordEntry{"endash"sv, Word::EnDash},
-    WordEntry{"enspace"sv, Word::EnSpace},
+    WordEntry{"emdash"sv, Word::Character, 0x2014},  // em dash
+    WordEntry{"emspace"sv, Word::Character, 0x2003}, // em space
+    WordEntry{"endash"sv, Word::Character, 0x2013},  // en dash
+    WordEntry{"enspace"sv, Word::Character, 0x2002}, // en space
     WordEntry{"expandedcolortbl"sv, Word::ExpandedColorTable},
     WordEntry{"f"sv, Word::Font},
     WordEntry{"falt"sv, Word::SkippedDestination},
@@ -87,20 +90,20 @@ constexpr std::array kWords = {
     WordEntry{"info"sv, Word::SkippedDestination},
     WordEntry{"keywords"sv, Word::SkippedDestination},
     WordEntry{"latentstyles"sv, Word::SkippedDestination},
-    WordEntry{"ldblquote"sv, Word::LeftDoubleQuote},
+    WordEntry{"ldblquote"sv, Word::Character, 0x201C}, // left double quotation mark
     WordEntry{"li"sv, Word::LeftIndent},
-    WordEntry{"line"sv, Word::Line},
+    WordEntry{"line"sv, Word::Character, 0x2028}, // line separator: a break within the paragraph
     WordEntry{"listoverridetable"sv, Word::SkippedDestination},
     WordEntry{"listtable"sv, Word::SkippedDestination},
-    WordEntry{"lquote"sv, Word::LeftQuote},
-    WordEntry{"ltrmark"sv, Word::LeftToRightMark},
+    WordEntry{"lquote"sv, Word::Character, 0x2018},  // left single quotation mark
+    WordEntry{"ltrmark"sv, Word::Character, 0x200E}, // left-to-right mark
     WordEntry{"mac"sv, Word::Mac},
-    WordEntry{"nestcell"sv, Word::Cell},
+    WordEntry{"nestcell"sv, Word::Character, u'\t'}, // a nested table cell ends
     WordEntry{"nestrow"sv, Word::Row},
     WordEntry{"nonshppict"sv, Word::SkippedDestination},
     WordEntry{"object"sv, Word::SkippedDestination},
     WordEntry{"operator"sv, Word::SkippedDestination},
-    WordEntry{"page"sv, Word::Page},
+    WordEntry{"page"sv, Word::Character, u'\f'}, // form feed: a page break
     WordEntry{"par"sv, Word::Paragraph},
     WordEntry{"pard"sv, Word::ParagraphDefault},
     WordEntry{"pc"sv, Word::Pc},
@@ -114,17 +117,17 @@ constexpr std::array kWords = {
     WordEntry{"qd"sv, Word::AlignJustified},
     WordEntry{"qj"sv, Word::AlignJustified},
     WordEntry{"ql"sv, Word::AlignLeft},
-    WordEntry{"qmspace"sv, Word::QuarterEmSpace},
+    WordEntry{"qmspace"sv, Word::Character, 0x2005}, // four-per-em space
     WordEntry{"qnatural"sv, Word::AlignNatural},
     WordEntry{"qr"sv, Word::AlignRight},
-    WordEntry{"rdblquote"sv, Word::RightDoubleQuote},
+    WordEntry{"rdblquote"sv, Word::Character, 0x201D}, // right double quotation mark
     WordEntry{"red"sv, Word::Red},
     WordEntry{"revtbl"sv, Word::SkippedDestination},
     WordEntry{"ri"sv, Word::RightIndent},
     WordEntry{"row"sv, Word::Row},
-    WordEntry{"rquote"sv, Word::RightQuote},
+    WordEntry{"rquote"sv, Word::Character, 0x2019}, // right single quotation mark
     WordEntry{"rsidtbl"sv, Word::SkippedDestination},
-    WordEntry{"rtlmark"sv, Word::RightToLeftMark},
+    WordEntry{"rtlmark"sv, Word::Character, 0x200F}, // right-to-left mark
     WordEntry{"sa"sv, Word::SpaceAfter},
     WordEntry{"sb"sv, Word::SpaceBefore},
     WordEntry{"sect"sv, Word::Paragraph},
@@ -138,7 +141,7 @@ constexpr std::array kWords = {
     WordEntry{"striked"sv, Word::StrikeDouble},
     WordEntry{"stylesheet"sv, Word::SkippedDestination},
     WordEntry{"subject"sv, Word::SkippedDestination},
-    WordEntry{"tab"sv, Word::Tab},
+    WordEntry{"tab"sv, Word::Character, u'\t'},
     WordEntry{"tc"sv, Word::SkippedDestination},
     WordEntry{"template"sv, Word::SkippedDestination},
     WordEntry{"themedata"sv, Word::SkippedDestination},
@@ -168,8 +171,8 @@ constexpr std::array kWords = {
     WordEntry{"v"sv, Word::Hidden},
     WordEntry{"xe"sv, Word::SkippedDestination},
     WordEntry{"xmlnstbl"sv, Word::SkippedDestination},
-    WordEntry{"zwj"sv, Word::ZeroWidthJoiner},
-    WordEntry{"zwnj"sv, Word::ZeroWidthNonJoiner},
+    WordEntry{"zwj"sv, Word::Character, 0x200D},  // zero width joiner
+    WordEntry{"zwnj"sv, Word::Character, 0x200C}, // zero width non-joiner
 };
 
 static_assert(std::is_sorted(kWords.begin(), kWords.end(),
@@ -178,16 +181,22 @@ static_assert(std::is_sorted(kWords.begin(), kWords.end(),
                              }),
               "the control word table must stay sorted");
 
+static_assert(std::all_of(kWords.begin(), kWords.end(),
+                          [](const WordEntry& entry) {
+                              return (entry.word == Word::Character) == (entry.character != 0);
+                          }),
+              "exactly the words that stand for a character give one");
+
 } // namespace
 
-std::optional<Word> lookUpWord(std::string_view name)
+std::optional<ControlWord> lookUpWord(std::string_view name)
 {
     const auto found = std::lower_bound(
         kWords.begin(), kWords.end(), name,
         [](const WordEntry& entry, std::string_view key) { return entry.name < key; });
     if (found == kWords.end() || found->name != name)
         return std::nullopt;
-    return found->word;
+    return ControlWord{found->word, found->character};
 }
 
 } // namespace lomir::rtf

@@ -76,30 +76,22 @@ enum class Word
     RightIndent,
     SpaceAfter,
     SpaceBefore,
-    // breaks and special characters
-    Bullet,
-    Cell,
-    EmDash,
-    EmSpace,
-    EnDash,
-    EnSpace,
-    LeftDoubleQuote,
-    LeftQuote,
-    LeftToRightMark,
-    Line,
-    Page,
+    // breaks
     Paragraph,
-    QuarterEmSpace,
-    RightDoubleQuote,
-    RightQuote,
-    RightToLeftMark,
     Row,
-    Tab,
-    ZeroWidthJoiner,
-    ZeroWidthNonJoiner,
+    // a word that stands for one character, which ControlWord::character gives
+    Character,
+};
+
+// What a control word does, and for Word::Character the character it stands for (0 for
+// every other word).
+struct ControlWord
+{
+    Word word;
+    char16_t character = 0;
 };
 
 // The meaning of a control word, by its letters; none for a word the reader ignores.
-std::optional<Word> lookUpWord(std::string_view name);
+std::optional<ControlWord> lookUpWord(std::string_view name);
 
 } // namespace lomir::rtf

@@ -22,6 +22,7 @@ namespace lomir {
 namespace {
 
 using namespace std::string_view_literals;
+using rtf::ControlWord;
 using rtf::lookUpWord;
 using rtf::Token;
 using rtf::Tokenizer;
@@ -44,7 +45,6 @@ constexpr int kMaxMilliPoints = 16'383'500;
 constexpr double kTwipsPerPoint = 20.0;
 constexpr double kLineMultipleUnit = 240.0; // \slN\slmult1: N/240 lines
 
-constexpr char16_t kLineSeparator = 0x2028;
 constexpr char16_t kParagraphSeparator = 0x2029;
 constexpr char16_t kReplacementCharacter = 0xFFFD;
 
@@ -152,6 +152,41 @@ bool replaceLoneSurrogates(QString& text)
     return replaced;
 }
 
+// The line an underline word draws; none for a word that is not one.
+std::optional<int> underlineStyle(Word word)
+{
+    switch (word) {
+    case Word::Underline:
+        return LineStyle::Single;
+    case Word::UnderlineWord:
+        return LineStyle::Single | LineStyle::ByWord;
+    case Word::UnderlineDouble:
+        return LineStyle::Double;
+    case Word::UnderlineThick:
+        return LineStyle::Thick;
+    case Word::UnderlineDot:
+        return LineStyle::Single | LineStyle::PatternDot;
+    case Word::UnderlineDash:
+        return LineStyle::Single | LineStyle::PatternDash;
+    case Word::UnderlineDashDot:
+        return LineStyle::Single | LineStyle::PatternDashDot;
+    case Word::UnderlineDashDotDot:
+        return LineStyle::Single | LineStyle::PatternDashDotDot;
+    case Word::UnderlineThickDot:
+        return LineStyle::Thick | LineStyle::PatternDot;
+    case Word::UnderlineThickDash:
+        return LineStyle::Thick | LineStyle::PatternDash;
+    case Word::UnderlineThickDashDot:
+        return LineStyle::Thick | LineStyle::PatternDashDot;
+    case Word::UnderlineThickDashDotDot:
+        return LineStyle::Thick | LineStyle::PatternDashDotDot;
+    case Word::UnderlineNone:
+        return LineStyle::None;
+    default:
+        return std::nullopt;
+    }
+}
+
 class RtfReader
 {
 public:
@@ -168,8 +203,13 @@ private:
     void handleTextByte(unsigned char byte);
     void handleTableDelimiter();
     bool handleDestinationWord(Word word);
-    void handleDocumentWord(Word word, const Token& token);
-    void handleFormattingWord(Word word, const Token& token);
+    void handleTextWord(const ControlWord& word, const Token& token);
+    bool handleDocumentWord(Word word, const Token& token);
+    bool handleCharacterWord(Word word, const Token& token);
+    bool handleUnderlineWord(Word word, const Token& token);
+    bool handleColorWord(Word word, const Token& token);
+    bool handleUnicodeWord(Word word, const Token& token);
+    void handleParagraphWord(Word word, const Token& token);
     void handleFontTableWord(Word word, const Token& token);
     void handleColorTableWord(Word word, const Token& token);
 
@@ -358,7 +398,7 @@ void RtfReader::handleControlWord(const Token& token)
     if (state().destination == Destination::Skip)
         return;
 
-    const std::optional<Word> word = lookUpWord(token.word);
+    const std::optional<ControlWord> word = lookUpWord(token.word);
     if (!word) {
         // An unknown destination marked with \* is skipped with all it holds; other
         // unknown words are ignored, as RTF asks of every reader.
@@ -366,7 +406,7 @@ void RtfReader::handleControlWord(const Token& token)
             state().destination = Destination::Skip;
         return;
     }
-    if (handleDestinationWord(*word))
+    if (handleDestinationWord(word->word))
         return;
     if (ignorable) {
         // \* before a word that is not a destination: the group is something this
@@ -377,15 +417,14 @@ void RtfReader::handleControlWord(const Token& token)
 
     switch (state().destination) {
     case Destination::Text:
-        handleDocumentWord(*word, token);
-        handleFormattingWord(*word, token);
+        handleTextWord(*word, token);
         break;
     case Destination::FontTable:
-        handleFontTableWord(*word, token);
+        handleFontTableWord(word->word, token);
         break;
     case Destination::ColorTable:
     case Destination::ExpandedColorTable:
-        handleColorTableWord(*word, token);
+        handleColorTableWord(word->word, token);
         break;
     case Destination::Skip:
         break;
@@ -421,7 +460,7 @@ bool RtfReader::handleDestinationWord(Word word)
     }
 }
 
-void RtfReader::handleDocumentWord(Word word, const Token& token)
+bool RtfReader::handleDocumentWord(Word word, const Token& token)
 {
     switch (word) {
     case Word::Ansi:
@@ -451,129 +490,140 @@ void RtfReader::handleDocumentWord(Word word, const Token& token)
         characterFormatChanged();
         break;
     default:
-        break;
+        return false;
     }
+    return true;
 }
 
-void RtfReader::handleFormattingWord(Word word, const Token& token)
+// A control word in the text: a character or a break, or a word of one of the groups
+// below, each handler taking the words of its group.
+void RtfReader::handleTextWord(const ControlWord& word, const Token& token)
+{
+    switch (word.word) {
+    case Word::Character:
+        emitCharacter(word.character);
+        return;
+    case Word::Paragraph:
+    case Word::Row:
+        paragraphBreak();
+        return;
+    default:
+        break;
+    }
+    if (handleDocumentWord(word.word, token) || handleCharacterWord(word.word, token) ||
+        handleUnderlineWord(word.word, token) || handleColorWord(word.word, token) ||
+        handleUnicodeWord(word.word, token))
+        return;
+    handleParagraphWord(word.word, token);
+}
+
+bool RtfReader::handleCharacterWord(Word word, const Token& token)
 {
     CharacterFormat& character = state().character;
-    ParagraphFormat& paragraph = state().paragraph;
     const int parameter = token.parameter;
     const bool on = !token.hasParameter || parameter != 0;
-    // Underline words turn their style on, or off with a parameter of 0 ("\ul0").
-    const auto underline = [&](int style) {
-        character.underline = on ? style : LineStyle::None;
-        characterFormatChanged();
-    };
-
     switch (word) {
     case Word::Plain: {
         const int skip = state().unicodeSkip;
         character = CharacterFormat{};
         state().unicodeSkip = skip;
-        characterFormatChanged();
         break;
     }
     case Word::Font:
         character.font = token.hasParameter ? parameter : 0;
-        characterFormatChanged();
         break;
     case Word::FontSize:
         character.halfPoints = token.hasParameter && parameter > 0
                                    ? std::min(parameter, kMaxHalfPoints)
                                    : kDefaultHalfPoints;
         character.milliPoints = 0;
-        characterFormatChanged();
         break;
     case Word::FontSizeMilli:
-        if (token.hasParameter && parameter > 0) {
-            character.milliPoints = std::min(parameter, kMaxMilliPoints);
-            characterFormatChanged();
-        }
+        if (!token.hasParameter || parameter <= 0)
+            return true;
+        character.milliPoints = std::min(parameter, kMaxMilliPoints);
         break;
     case Word::Bold:
         character.bold = on;
-        characterFormatChanged();
         break;
     case Word::Italic:
         character.italic = on;
-        characterFormatChanged();
         break;
     case Word::Hidden:
+        // Hidden text is dropped as it is read, so the attributes of what is shown stay.
         character.hidden = on;
-        break;
-    case Word::Underline:
-        underline(LineStyle::Single);
-        break;
-    case Word::UnderlineWord:
-        underline(LineStyle::Single | LineStyle::ByWord);
-        break;
-    case Word::UnderlineDouble:
-        underline(LineStyle::Double);
-        break;
-    case Word::UnderlineThick:
-        underline(LineStyle::Thick);
-        break;
-    case Word::UnderlineDot:
-        underline(LineStyle::Single | LineStyle::PatternDot);
-        break;
-    case Word::UnderlineDash:
-        underline(LineStyle::Single | LineStyle::PatternDash);
-        break;
-    case Word::UnderlineDashDot:
-        underline(LineStyle::Single | LineStyle::PatternDashDot);
-        break;
-    case Word::UnderlineDashDotDot:
-        underline(LineStyle::Single | LineStyle::PatternDashDotDot);
-        break;
-    case Word::UnderlineThickDot:
-        underline(LineStyle::Thick | LineStyle::PatternDot);
-        break;
-    case Word::UnderlineThickDash:
-        underline(LineStyle::Thick | LineStyle::PatternDash);
-        break;
-    case Word::UnderlineThickDashDot:
-        underline(LineStyle::Thick | LineStyle::PatternDashDot);
-        break;
-    case Word::UnderlineThickDashDotDot:
-        underline(LineStyle::Thick | LineStyle::PatternDashDotDot);
-        break;
-    case Word::UnderlineNone:
-        underline(LineStyle::None);
-        break;
+        return true;
     case Word::Strike:
         character.strikethrough = on ? LineStyle::Single : LineStyle::None;
-        characterFormatChanged();
         break;
     case Word::StrikeDouble:
         character.strikethrough = on ? LineStyle::Double : LineStyle::None;
-        characterFormatChanged();
         break;
+    default:
+        return false;
+    }
+    characterFormatChanged();
+    return true;
+}
+
+bool RtfReader::handleUnderlineWord(Word word, const Token& token)
+{
+    const std::optional<int> style = underlineStyle(word);
+    if (!style)
+        return false;
+    // Underline words turn their style on, or off with a parameter of 0 ("\ul0").
+    const bool on = !token.hasParameter || token.parameter != 0;
+    state().character.underline = on ? *style : LineStyle::None;
+    characterFormatChanged();
+    return true;
+}
+
+bool RtfReader::handleColorWord(Word word, const Token& token)
+{
+    // Indices into the colour tables; 0 is the automatic colour, or no background.
+    const int index = token.hasParameter ? token.parameter : 0;
+    switch (word) {
     case Word::Foreground:
-        character.foreground = token.hasParameter ? parameter : 0;
-        characterFormatChanged();
+        state().character.foreground = index;
         break;
     case Word::Background:
     case Word::Highlight:
-        character.background = token.hasParameter ? parameter : 0;
-        characterFormatChanged();
+        state().character.background = index;
         break;
+    default:
+        return false;
+    }
+    characterFormatChanged();
+    return true;
+}
+
+bool RtfReader::handleUnicodeWord(Word word, const Token& token)
+{
+    switch (word) {
     case Word::UnicodeSkip:
-        state().unicodeSkip = token.hasParameter ? std::clamp(parameter, 0, 16) : 1;
-        break;
+        state().unicodeSkip = token.hasParameter ? std::clamp(token.parameter, 0, 16) : 1;
+        return true;
     case Word::Unicode: {
         if (!token.hasParameter)
-            break;
+            return true;
         // RTF writes code units as signed 16-bit numbers, Cocoa as unsigned ones.
-        int unit = parameter < 0 ? parameter + 65536 : parameter;
+        int unit = token.parameter < 0 ? token.parameter + 65536 : token.parameter;
         if (unit < 0 || unit > 0xFFFF)
             unit = kReplacementCharacter;
         emitCharacter(char16_t(unit));
         m_fallbackToSkip = state().unicodeSkip;
-        break;
+        return true;
     }
+    default:
+        return false;
+    }
+}
 
+void RtfReader::handleParagraphWord(Word word, const Token& token)
+{
+    ParagraphFormat& paragraph = state().paragraph;
+    const int parameter = token.parameter;
+    switch (word) {
     case Word::ParagraphDefault:
         paragraph = ParagraphFormat{};
         break;
@@ -611,67 +661,10 @@ void RtfReader::handleFormattingWord(Word word, const Token& token)
         paragraph.lineHeight = parameter;
         break;
     case Word::LineHeightMultiple:
-        paragraph.lineHeightIsMultiple = on;
+        paragraph.lineHeightIsMultiple = !token.hasParameter || parameter != 0;
         break;
     case Word::LineLeading:
         paragraph.leading = parameter;
-        break;
-
-    case Word::Paragraph:
-    case Word::Row:
-        paragraphBreak();
-        break;
-    case Word::Line:
-        emitCharacter(kLineSeparator);
-        break;
-    case Word::Tab:
-    case Word::Cell:
-        emitCharacter(u'\t');
-        break;
-    case Word::Page:
-        emitCharacter(u'\f');
-        break;
-    case Word::EmDash:
-        emitCharacter(0x2014);
-        break;
-    case Word::EnDash:
-        emitCharacter(0x2013);
-        break;
-    case Word::EmSpace:
-        emitCharacter(0x2003);
-        break;
-    case Word::EnSpace:
-        emitCharacter(0x2002);
-        break;
-    case Word::QuarterEmSpace:
-        emitCharacter(0x2005);
-        break;
-    case Word::Bullet:
-        emitCharacter(0x2022);
-        break;
-    case Word::LeftQuote:
-        emitCharacter(0x2018);
-        break;
-    case Word::RightQuote:
-        emitCharacter(0x2019);
-        break;
-    case Word::LeftDoubleQuote:
-        emitCharacter(0x201C);
-        break;
-    case Word::RightDoubleQuote:
-        emitCharacter(0x201D);
-        break;
-    case Word::ZeroWidthJoiner:
-        emitCharacter(0x200D);
-        break;
-    case Word::ZeroWidthNonJoiner:
-        emitCharacter(0x200C);
-        break;
-    case Word::LeftToRightMark:
-        emitCharacter(0x200E);
-        break;
-    case Word::RightToLeftMark:
-        emitCharacter(0x200F);
         break;
     default:
         break;

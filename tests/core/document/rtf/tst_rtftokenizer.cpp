@@ -131,26 +131,37 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<int>("word");
-        QTest::newRow("bold") << QStringLiteral("b") << int(Word::Bold);
-        QTest::newRow("paragraph") << QStringLiteral("par") << int(Word::Paragraph);
-        QTest::newRow("code page") << QStringLiteral("ansicpg") << int(Word::AnsiCodePage);
-        QTest::newRow("font charset") << QStringLiteral("fcharset") << int(Word::FontCharset);
+        QTest::addColumn<int>("character");
+        QTest::newRow("bold") << QStringLiteral("b") << int(Word::Bold) << 0;
+        QTest::newRow("paragraph") << QStringLiteral("par") << int(Word::Paragraph) << 0;
+        QTest::newRow("code page") << QStringLiteral("ansicpg") << int(Word::AnsiCodePage) << 0;
+        QTest::newRow("font charset") << QStringLiteral("fcharset") << int(Word::FontCharset) << 0;
         QTest::newRow("first in the table")
-            << QStringLiteral("aftnsep") << int(Word::SkippedDestination);
+            << QStringLiteral("aftnsep") << int(Word::SkippedDestination) << 0;
         QTest::newRow("last in the table")
-            << QStringLiteral("zwnj") << int(Word::ZeroWidthNonJoiner);
+            << QStringLiteral("zwnj") << int(Word::Character) << 0x200C;
         QTest::newRow("a wave underline reads as single")
-            << QStringLiteral("ulwave") << int(Word::Underline);
+            << QStringLiteral("ulwave") << int(Word::Underline) << 0;
+        QTest::newRow("a tab") << QStringLiteral("tab") << int(Word::Character) << int(u'\t');
+        QTest::newRow("a table cell is a tab")
+            << QStringLiteral("cell") << int(Word::Character) << int(u'\t');
+        QTest::newRow("a line break is a line separator")
+            << QStringLiteral("line") << int(Word::Character) << 0x2028;
+        QTest::newRow("a page break is a form feed")
+            << QStringLiteral("page") << int(Word::Character) << int(u'\f');
+        QTest::newRow("em dash") << QStringLiteral("emdash") << int(Word::Character) << 0x2014;
     }
 
     void controlWordTable()
     {
         QFETCH(QString, name);
         QFETCH(int, word);
+        QFETCH(int, character);
         const std::string letters = name.toStdString();
-        const std::optional<Word> found = lookUpWord(letters);
+        const std::optional<ControlWord> found = lookUpWord(letters);
         QVERIFY(found.has_value());
-        QCOMPARE(int(*found), word);
+        QCOMPARE(int(found->word), word);
+        QCOMPARE(int(found->character), character);
     }
 
     void wordsTheReaderIgnoresAreNotInTheTable()
