@@ -1,9 +1,11 @@
 #include "core/document/rtf/rtf.h"
 #include "core/document/rtf/rtfcodepage.h"
 
+#include <QHash>
 #include <QString>
 #include <algorithm>
 #include <cmath>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -129,6 +131,13 @@ bool isParagraphBreak(char16_t c)
     return c == u'\n' || c == u'\r' || c == kParagraphSeparator;
 }
 
+// A color's components in one number, the key of the color table's index.
+quint32 colorKey(const Rgba& color)
+{
+    return quint32(color.red) << 24 | quint32(color.green) << 16 | quint32(color.blue) << 8 |
+           color.alpha;
+}
+
 int componentOf(quint8 value)
 {
     return int(std::lround(value * 100000.0 / 255.0));
@@ -155,6 +164,10 @@ private:
     const RichText::Runs m_runs;
     std::vector<WrittenFont> m_fonts;
     std::vector<Rgba> m_colors; // from table index 2 on
+    // The tables' indexes by font name and by color, so that looking a run's entries up
+    // costs the same however many distinct fonts and colors the text has.
+    QHash<QString, int> m_fontIndexes;
+    std::unordered_map<quint32, int> m_colorIndexes;
     QByteArray m_out;
     CharacterState m_state;
     bool m_unicodeSkipWritten = false;
@@ -206,13 +219,14 @@ void RtfWriter::collectTables()
         if (!seen.insert(&run.attributes).second)
             continue;
         const WrittenFont font = writtenFontFor(run.attributes.font);
-        const bool known = std::any_of(m_fonts.begin(), m_fonts.end(),
-                                       [&](const WrittenFont& f) { return f.name == font.name; });
-        if (!known)
+        if (!m_fontIndexes.contains(font.name)) {
+            m_fontIndexes.insert(font.name, int(m_fonts.size()));
             m_fonts.push_back(font);
+        }
         for (const std::optional<Rgba>& color :
              {run.attributes.foreground, run.attributes.background}) {
-            if (color && std::find(m_colors.begin(), m_colors.end(), *color) == m_colors.end())
+            if (color &&
+                m_colorIndexes.try_emplace(colorKey(*color), 2 + int(m_colors.size())).second)
                 m_colors.push_back(*color);
         }
     }
@@ -220,16 +234,12 @@ void RtfWriter::collectTables()
 
 int RtfWriter::fontIndex(const std::optional<FontSpec>& font) const
 {
-    const QString name = writtenFontFor(font).name;
-    const auto found = std::find_if(m_fonts.begin(), m_fonts.end(),
-                                    [&](const WrittenFont& f) { return f.name == name; });
-    return int(found - m_fonts.begin());
+    return m_fontIndexes.value(writtenFontFor(font).name);
 }
 
 int RtfWriter::colorIndex(const Rgba& color) const
 {
-    const auto found = std::find(m_colors.begin(), m_colors.end(), color);
-    return 2 + int(found - m_colors.begin());
+    return m_colorIndexes.at(colorKey(color));
 }
 
 void RtfWriter::writeHeader()
