@@ -6,7 +6,9 @@
 
 #include <QCoreApplication>
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <QString>
+#include <QTemporaryDir>
 #include <QTest>
 #include <cstring>
 #include <sys/resource.h>
@@ -29,10 +31,16 @@ struct ChildRun
     QString errorOutput;
 };
 
-// Runs this test program again with a fatal case and reports how it ended.
+// Runs this test program again with a fatal case and reports how it ended. The child's
+// temporary files go into a folder of the parent's, removed once the child has ended: a
+// child that stops on purpose never gets to remove its own.
 inline ChildRun runInChild(const QString& caseName)
 {
+    const QTemporaryDir childTemporaryFiles;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("TMPDIR"), childTemporaryFiles.path());
     QProcess child;
+    child.setProcessEnvironment(environment);
     child.setProgram(QCoreApplication::applicationFilePath());
     child.setArguments({QString::fromLatin1(kFatalCaseOption), caseName});
     child.setChildProcessModifier([] {
