@@ -6,9 +6,9 @@
 #include "core/document/documentformats.h"
 #include "core/layout/measurement.h"
 #include "support/files.h"
-#include "support/labelfonts.h"
 #include "support/lomirprocess.h"
 #include "support/printedpdf.h"
+#include "support/samplelabels.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -35,17 +35,6 @@ constexpr double kPlacementTolerance = 0.01;
 // The settings key of the number of successful prints.
 const QString kPrintCountKey = QStringLiteral("vadfjksldkjfdslkfjdsklfjk");
 
-QString units(int n)
-{
-    return QStringLiteral("#\u200D").repeated(n);
-}
-
-// "No. " and a run of placeholder units in Arial 12: two words on the page.
-RichText numbered(int placeholderUnits)
-{
-    return RichText(QStringLiteral("No. ") + units(placeholderUnits), arial(12.0));
-}
-
 // A label as its document stores it.
 struct Design
 {
@@ -61,7 +50,7 @@ struct Design
 Content recordOf(const Design& design)
 {
     Content record;
-    record.labelText = AttributedString(numbered(design.placeholderUnits));
+    record.labelText = AttributedString(numberedLabel(design.placeholderUnits));
     record.quantity = design.quantity;
     record.serialStartFrom = design.serialStart;
     record.dimensions = design.sizeTag;
@@ -76,7 +65,7 @@ Content recordOf(const Design& design)
 // The size of a label that follows its text, with the run of placeholder units.
 QSizeF textSize(int placeholderUnits)
 {
-    const RichText text = numbered(placeholderUnits);
+    const RichText text = numberedLabel(placeholderUnits);
     return QSizeF(widestLineWidth(text), textHeight(text));
 }
 

@@ -5,7 +5,7 @@
 
 #include "gui/editor/centeredclipview.h"
 #include "gui/editor/labelcell.h"
-#include "support/labelfonts.h"
+#include "support/samplelabels.h"
 
 #include <QGraphicsScene>
 #include <QImage>

@@ -1,6 +1,7 @@
 #include "core/label/numberinput.h"
 #include "core/label/serialplaceholder.h"
 #include "support/fatalstop.h"
+#include "support/samplelabels.h"
 
 #include <QCoreApplication>
 #include <QTest>
@@ -8,6 +9,7 @@
 #include <limits>
 
 using namespace lomir;
+using namespace lomir::testing;
 
 namespace {
 
@@ -41,12 +43,6 @@ Field typeAll(qint64 tag, Field field, const QString& characters)
     for (QChar character : characters)
         field = type(tag, field, character);
     return field;
-}
-
-// n placeholder units, written out here rather than taken from the code under test.
-QString units(int n)
-{
-    return QStringLiteral("#\u200D").repeated(n);
 }
 
 // Runs one of the cases that must stop the program. Called in a child process that this
@@ -319,7 +315,7 @@ private Q_SLOTS:
         QFETCH(qint64, digits);
 
         QCOMPARE(lomir::placeholderDigitCount(quantity, start), digits);
-        QCOMPARE(placeholderText(quantity, start), units(int(digits)));
+        QCOMPARE(placeholderText(quantity, start), placeholderUnits(int(digits)));
     }
 
     void fatalStops_data()

@@ -1,18 +1,14 @@
 #include "core/label/serialplaceholder.h"
 #include "core/layout/serialnumber.h"
+#include "support/samplelabels.h"
 
 #include <QTest>
 #include <QTextBoundaryFinder>
 
 using namespace lomir;
+using namespace lomir::testing;
 
 namespace {
-
-// n placeholder units, written out here rather than taken from the code under test.
-QString units(int n)
-{
-    return QStringLiteral("#\u200D").repeated(n);
-}
 
 // What the editor does when the quantity or first number changes: the first run of
 // placeholder units is replaced by the placeholder for the fields; a text without a run
@@ -39,19 +35,20 @@ private Q_SLOTS:
         QTest::addColumn<QString>("expected");
 
         QTest::newRow("quantity 5 to 500, no start: one unit becomes three in place")
-            << QStringLiteral("Box ") + units(1) + QStringLiteral(" of jam")
+            << QStringLiteral("Box ") + placeholderUnits(1) + QStringLiteral(" of jam")
             << QStringLiteral("500") << QString()
-            << QStringLiteral("Box ") + units(3) + QStringLiteral(" of jam");
+            << QStringLiteral("Box ") + placeholderUnits(3) + QStringLiteral(" of jam");
         QTest::newRow("text without a run is left alone")
             << QStringLiteral("Box of jam") << QStringLiteral("500") << QString()
             << QStringLiteral("Box of jam");
-        QTest::newRow("quantity 9 from 1: two units")
-            << units(1) << QStringLiteral("9") << QStringLiteral("1") << units(2);
-        QTest::newRow("quantity 8 from 1: one unit")
-            << units(3) << QStringLiteral("8") << QStringLiteral("1") << units(1);
+        QTest::newRow("quantity 9 from 1: two units") << placeholderUnits(1) << QStringLiteral("9")
+                                                      << QStringLiteral("1") << placeholderUnits(2);
+        QTest::newRow("quantity 8 from 1: one unit") << placeholderUnits(3) << QStringLiteral("8")
+                                                     << QStringLiteral("1") << placeholderUnits(1);
         QTest::newRow("only the first run follows")
-            << units(1) + QStringLiteral(" and ") + units(1) << QStringLiteral("100") << QString()
-            << units(3) + QStringLiteral(" and ") + units(1);
+            << placeholderUnits(1) + QStringLiteral(" and ") + placeholderUnits(1)
+            << QStringLiteral("100") << QString()
+            << placeholderUnits(3) + QStringLiteral(" and ") + placeholderUnits(1);
     }
 
     void runFollowsTheFields()

@@ -1,5 +1,6 @@
 #include "core/layout/serialnumber.h"
 #include "support/fatalstop.h"
+#include "support/samplelabels.h"
 
 #include <QCoreApplication>
 #include <QProcess>
@@ -9,17 +10,12 @@
 #include <limits>
 
 using namespace lomir;
+using namespace lomir::testing;
 
 namespace {
 
 constexpr qint64 kMaxInt64 = std::numeric_limits<qint64>::max();
 constexpr qint64 kMinInt64 = std::numeric_limits<qint64>::min();
-
-// n placeholder units.
-QString units(int n)
-{
-    return QStringLiteral("#\u200D").repeated(n);
-}
 
 FontSpec liberationSans(bool bold, bool italic)
 {
@@ -114,7 +110,7 @@ private Q_SLOTS:
 
 void TestSerialNumber::placeholderUnit()
 {
-    const QString unit = units(1);
+    const QString unit = placeholderUnits(1);
     QCOMPARE(unit.size(), qsizetype(kSerialPlaceholderUnitLength));
     QCOMPARE(unit.toUtf8(), QByteArray("\x23\xE2\x80\x8D"));
     QCOMPARE(QStringView(kSerialPlaceholderUnit), QStringView(unit));
@@ -129,9 +125,12 @@ void TestSerialNumber::locateSerialRun_data()
     QTest::addColumn<int>("length");
 
     const QString numberSign = QStringLiteral("No. ");
-    QTest::newRow("two units after text") << numberSign + units(2) << qint64(2) << true << 4 << 4;
-    QTest::newRow("count too high") << numberSign + units(2) << qint64(3) << false << 0 << 0;
-    QTest::newRow("count too low") << numberSign + units(2) << qint64(1) << false << 0 << 0;
+    QTest::newRow("two units after text")
+        << numberSign + placeholderUnits(2) << qint64(2) << true << 4 << 4;
+    QTest::newRow("count too high")
+        << numberSign + placeholderUnits(2) << qint64(3) << false << 0 << 0;
+    QTest::newRow("count too low")
+        << numberSign + placeholderUnits(2) << qint64(1) << false << 0 << 0;
     QTest::newRow("no placeholder") << QStringLiteral("Jam") << qint64(1) << false << 0 << 0;
     QTest::newRow("no placeholder, none expected")
         << QStringLiteral("Jam") << qint64(0) << false << 0 << 0;
@@ -140,29 +139,29 @@ void TestSerialNumber::locateSerialRun_data()
         << QStringLiteral("No. ##") << qint64(2) << false << 0 << 0;
     QTest::newRow("joiner alone") << QStringLiteral("No. \u200D") << qint64(1) << false << 0 << 0;
     QTest::newRow("run at the start")
-        << units(3) + QStringLiteral(" jars") << qint64(3) << true << 0 << 6;
+        << placeholderUnits(3) + QStringLiteral(" jars") << qint64(3) << true << 0 << 6;
     QTest::newRow("run at the end")
-        << QStringLiteral("x") + units(1) << qint64(1) << true << 1 << 2;
-    QTest::newRow("text is only the run") << units(5) << qint64(5) << true << 0 << 10;
+        << QStringLiteral("x") + placeholderUnits(1) << qint64(1) << true << 1 << 2;
+    QTest::newRow("text is only the run") << placeholderUnits(5) << qint64(5) << true << 0 << 10;
     QTest::newRow("two runs, first matches")
-        << QStringLiteral("A") + units(2) + QStringLiteral(" B") + units(3) << qint64(2) << true
-        << 1 << 4;
+        << QStringLiteral("A") + placeholderUnits(2) + QStringLiteral(" B") + placeholderUnits(3)
+        << qint64(2) << true << 1 << 4;
     QTest::newRow("two runs, only the first counts")
-        << QStringLiteral("A") + units(2) + QStringLiteral(" B") + units(3) << qint64(3) << false
-        << 0 << 0;
+        << QStringLiteral("A") + placeholderUnits(2) + QStringLiteral(" B") + placeholderUnits(3)
+        << qint64(3) << false << 0 << 0;
     QTest::newRow("plain number sign before the run")
-        << QStringLiteral("#") + units(2) << qint64(2) << true << 1 << 4;
+        << QStringLiteral("#") + placeholderUnits(2) << qint64(2) << true << 1 << 4;
     QTest::newRow("plain number sign ends the run")
-        << units(2) + QStringLiteral("#") << qint64(2) << true << 0 << 4;
+        << placeholderUnits(2) + QStringLiteral("#") << qint64(2) << true << 0 << 4;
     // A combining mark clings to the joiner's cluster: that character is no unit.
     QTest::newRow("unit with a combining mark ends the run")
-        << units(1) + QStringLiteral("#\u200D\u0301") << qint64(1) << true << 0 << 2;
+        << placeholderUnits(1) + QStringLiteral("#\u200D\u0301") << qint64(1) << true << 0 << 2;
     QTest::newRow("only unit has a combining mark")
         << QStringLiteral("x#\u200D\u0301") << qint64(1) << false << 0 << 0;
     QTest::newRow("offsets count UTF-16 units")
-        << QStringLiteral("🍓 ") + units(2) << qint64(2) << true << 3 << 4;
+        << QStringLiteral("🍓 ") + placeholderUnits(2) << qint64(2) << true << 3 << 4;
     QTest::newRow("emoji after the run")
-        << units(1) + QStringLiteral("🍓") << qint64(1) << true << 0 << 2;
+        << placeholderUnits(1) + QStringLiteral("🍓") << qint64(1) << true << 0 << 2;
 }
 
 void TestSerialNumber::locateSerialRun()
@@ -190,22 +189,23 @@ void TestSerialNumber::findSerialRun_data()
     QTest::addColumn<int>("length");
     QTest::addColumn<qint64>("unitCount");
 
-    QTest::newRow("one unit") << QStringLiteral("Box ") + units(1) << true << 4 << 2 << qint64(1);
+    QTest::newRow("one unit") << QStringLiteral("Box ") + placeholderUnits(1) << true << 4 << 2
+                              << qint64(1);
     QTest::newRow("three units inside text")
-        << QStringLiteral("Box ") + units(3) + QStringLiteral(" of 500") << true << 4 << 6
-        << qint64(3);
+        << QStringLiteral("Box ") + placeholderUnits(3) + QStringLiteral(" of 500") << true << 4
+        << 6 << qint64(3);
     QTest::newRow("no placeholder") << QStringLiteral("Jam") << false << 0 << 0 << qint64(0);
     QTest::newRow("empty text") << QString() << false << 0 << 0 << qint64(0);
     QTest::newRow("number signs without joiners")
         << QStringLiteral("##") << false << 0 << 0 << qint64(0);
     QTest::newRow("only the first of two runs")
-        << QStringLiteral("A") + units(2) + QStringLiteral(" B") + units(3) << true << 1 << 4
-        << qint64(2);
+        << QStringLiteral("A") + placeholderUnits(2) + QStringLiteral(" B") + placeholderUnits(3)
+        << true << 1 << 4 << qint64(2);
     QTest::newRow("unit with a combining mark ends the run")
-        << units(2) + QStringLiteral("#\u200D\u0301") << true << 0 << 4 << qint64(2);
+        << placeholderUnits(2) + QStringLiteral("#\u200D\u0301") << true << 0 << 4 << qint64(2);
     QTest::newRow("offsets count UTF-16 units")
-        << QStringLiteral("🍓 ") + units(2) << true << 3 << 4 << qint64(2);
-    QTest::newRow("whole text") << units(19) << true << 0 << 38 << qint64(19);
+        << QStringLiteral("🍓 ") + placeholderUnits(2) << true << 3 << 4 << qint64(2);
+    QTest::newRow("whole text") << placeholderUnits(19) << true << 0 << 38 << qint64(19);
 }
 
 void TestSerialNumber::findSerialRun()
@@ -234,7 +234,7 @@ void TestSerialNumber::serialPlaceholder_data()
     QTest::newRow("none") << qint64(0) << QString();
     QTest::newRow("one") << qint64(1) << QStringLiteral("#\u200D");
     QTest::newRow("three") << qint64(3) << QStringLiteral("#\u200D#\u200D#\u200D");
-    QTest::newRow("nineteen") << qint64(19) << units(19);
+    QTest::newRow("nineteen") << qint64(19) << placeholderUnits(19);
 }
 
 void TestSerialNumber::serialPlaceholder()
@@ -341,32 +341,36 @@ void TestSerialNumber::copies_data()
     QTest::addColumn<QStringList>("expected");
 
     QTest::newRow("No. 07 to No. 11")
-        << QStringLiteral("No. ") + units(2) << qint64(5) << qint64(7)
+        << QStringLiteral("No. ") + placeholderUnits(2) << qint64(5) << qint64(7)
         << QStringList{QStringLiteral("No. 07"), QStringLiteral("No. 08"), QStringLiteral("No. 09"),
                        QStringLiteral("No. 10"), QStringLiteral("No. 11")};
     QStringList oneToNine;
     for (int n = 1; n <= 9; ++n)
         oneToNine << QStringLiteral("0") + QString::number(n);
-    QTest::newRow("01 to 09") << units(2) << qint64(9) << qint64(1) << oneToNine;
+    QTest::newRow("01 to 09") << placeholderUnits(2) << qint64(9) << qint64(1) << oneToNine;
     QStringList raw;
     for (int n = 1; n <= 9; ++n)
-        raw << units(1);
+        raw << placeholderUnits(1);
     QTest::newRow("one unit for two digits prints the placeholder")
-        << units(1) << qint64(9) << qint64(1) << raw;
+        << placeholderUnits(1) << qint64(9) << qint64(1) << raw;
     QTest::newRow("only the first of two runs")
-        << QStringLiteral("A") + units(2) + QStringLiteral(" B") + units(2) << qint64(3)
-        << qint64(7)
-        << QStringList{QStringLiteral("A07 B") + units(2), QStringLiteral("A08 B") + units(2),
-                       QStringLiteral("A09 B") + units(2)};
+        << QStringLiteral("A") + placeholderUnits(2) + QStringLiteral(" B") + placeholderUnits(2)
+        << qint64(3) << qint64(7)
+        << QStringList{QStringLiteral("A07 B") + placeholderUnits(2),
+                       QStringLiteral("A08 B") + placeholderUnits(2),
+                       QStringLiteral("A09 B") + placeholderUnits(2)};
     QTest::newRow("first run of wrong length, second not numbered")
-        << QStringLiteral("A") + units(1) + QStringLiteral(" B") + units(2) << qint64(2)
-        << qint64(10)
-        << QStringList{QStringLiteral("A") + units(1) + QStringLiteral(" B") + units(2),
-                       QStringLiteral("A") + units(1) + QStringLiteral(" B") + units(2)};
+        << QStringLiteral("A") + placeholderUnits(1) + QStringLiteral(" B") + placeholderUnits(2)
+        << qint64(2) << qint64(10)
+        << QStringList{QStringLiteral("A") + placeholderUnits(1) + QStringLiteral(" B") +
+                           placeholderUnits(2),
+                       QStringLiteral("A") + placeholderUnits(1) + QStringLiteral(" B") +
+                           placeholderUnits(2)};
     // 4 copies from -3 end below 1: one digit, and the sign makes "-3" longer than that.
-    QTest::newRow("negative start") << QStringLiteral("T") + units(1) << qint64(4) << qint64(-3)
-                                    << QStringList{QStringLiteral("T-3"), QStringLiteral("T-2"),
-                                                   QStringLiteral("T-1"), QStringLiteral("T0")};
+    QTest::newRow("negative start")
+        << QStringLiteral("T") + placeholderUnits(1) << qint64(4) << qint64(-3)
+        << QStringList{QStringLiteral("T-3"), QStringLiteral("T-2"), QStringLiteral("T-1"),
+                       QStringLiteral("T0")};
     QTest::newRow("no placeholder")
         << QStringLiteral("Plain label") << qint64(2) << qint64(1)
         << QStringList{QStringLiteral("Plain label"), QStringLiteral("Plain label")};
@@ -387,7 +391,7 @@ void TestSerialNumber::copies()
 
 void TestSerialNumber::hundredCopiesFromZero()
 {
-    const RichText label(units(3), plain());
+    const RichText label(placeholderUnits(3), plain());
     QCOMPARE(lomir::serialDigitCount(100, 0), qint64(3));
     for (qint64 copy = 0; copy < 100; ++copy) {
         const QString expected = QStringLiteral("%1").arg(copy, 3, 10, QLatin1Char('0'));
@@ -406,8 +410,8 @@ void TestSerialNumber::attributeMapping_data()
     {
         // The second unit alone is bold: so is the second digit.
         RichText text(QStringLiteral("N"), plain());
-        text.append(units(1), plain());
-        text.append(units(1), bold());
+        text.append(placeholderUnits(1), plain());
+        text.append(placeholderUnits(1), bold());
         text.append(QStringLiteral("x"), plain());
         RichText expected(QStringLiteral("N4"), plain());
         expected.append(QStringLiteral("2"), bold());
@@ -416,7 +420,7 @@ void TestSerialNumber::attributeMapping_data()
     }
     {
         RichText text(QStringLiteral("No. "), plain());
-        text.append(units(1), bold());
+        text.append(placeholderUnits(1), bold());
         RichText expected(QStringLiteral("No. "), plain());
         expected.append(QStringLiteral("7"), bold());
         QTest::newRow("one bold unit") << text << 4 << 2 << QStringLiteral("7") << expected;
@@ -425,8 +429,8 @@ void TestSerialNumber::attributeMapping_data()
         // A run ending between the second "#" and its joiner: red over UTF-16 units
         // [0, 3) maps to digit 0 alone (3 / 2 = 1), blue over [3, 6) to digit 1 (3 / 2 = 1,
         // also one long). The third digit keeps what the replacement gave it: red.
-        RichText text(units(3).left(3), colored(255, 0, 0));
-        text.append(units(3).mid(3), colored(0, 0, 255));
+        RichText text(placeholderUnits(3).left(3), colored(255, 0, 0));
+        text.append(placeholderUnits(3).mid(3), colored(0, 0, 255));
         RichText expected(QStringLiteral("1"), colored(255, 0, 0));
         expected.append(QStringLiteral("2"), colored(0, 0, 255));
         expected.append(QStringLiteral("3"), colored(255, 0, 0));
@@ -436,8 +440,8 @@ void TestSerialNumber::attributeMapping_data()
     {
         // The same split after an odd offset: positions are halved relative to the run.
         RichText text(QStringLiteral("ab "), plain());
-        text.append(units(3).left(3), colored(255, 0, 0));
-        text.append(units(3).mid(3), colored(0, 0, 255));
+        text.append(placeholderUnits(3).left(3), colored(255, 0, 0));
+        text.append(placeholderUnits(3).mid(3), colored(0, 0, 255));
         RichText expected(QStringLiteral("ab "), plain());
         expected.append(QStringLiteral("1"), colored(255, 0, 0));
         expected.append(QStringLiteral("2"), colored(0, 0, 255));
@@ -449,7 +453,7 @@ void TestSerialNumber::attributeMapping_data()
         // A lone "#" in red maps to no digit (1 / 2 = 0); the blue rest, five units long,
         // covers two digits; the third keeps the replacement's red.
         RichText text(QStringLiteral("#"), colored(255, 0, 0));
-        text.append(units(3).mid(1), colored(0, 0, 255));
+        text.append(placeholderUnits(3).mid(1), colored(0, 0, 255));
         RichText expected(QStringLiteral("12"), colored(0, 0, 255));
         expected.append(QStringLiteral("3"), colored(255, 0, 0));
         QTest::newRow("run of one UTF-16 unit maps to nothing")
@@ -459,8 +463,8 @@ void TestSerialNumber::attributeMapping_data()
         // Exactly the run's attributes are set: the italic digit is not also bold, though
         // the replacement gave every digit the bold of the first unit. The third digit,
         // past the placeholder, stays bold.
-        RichText text(units(1), bold());
-        text.append(units(1), italic());
+        RichText text(placeholderUnits(1), bold());
+        text.append(placeholderUnits(1), italic());
         RichText expected(QStringLiteral("1"), bold());
         expected.append(QStringLiteral("2"), italic());
         expected.append(QStringLiteral("3"), bold());
@@ -469,7 +473,7 @@ void TestSerialNumber::attributeMapping_data()
     }
     {
         RichText text(QStringLiteral("T"), plain());
-        text.append(units(1), italic());
+        text.append(placeholderUnits(1), italic());
         RichText expected(QStringLiteral("T"), plain());
         expected.append(QStringLiteral("-5"), italic());
         QTest::newRow("negative number in one unit")
@@ -478,7 +482,7 @@ void TestSerialNumber::attributeMapping_data()
     {
         TextAttributes noFont;
         RichText text(QStringLiteral("Lot "), bold());
-        text.append(units(2), noFont);
+        text.append(placeholderUnits(2), noFont);
         RichText expected(QStringLiteral("Lot "), bold());
         expected.append(QStringLiteral("31"), noFont);
         QTest::newRow("units without attributes")
@@ -504,7 +508,7 @@ void TestSerialNumber::attributeMapping()
 void TestSerialNumber::surroundingTextUntouched()
 {
     RichText text(QStringLiteral("Batch "), bold());
-    text.append(units(2), italic());
+    text.append(placeholderUnits(2), italic());
     text.append(QStringLiteral(" of jam"), colored(10, 20, 30));
     const std::optional<TextRange> range = lomir::locateSerialRun(text.string(), 2);
     QVERIFY(range.has_value());

@@ -6,6 +6,7 @@
 #include "core/layout/tilingtextview.h"
 #include "core/printing/printplan.h"
 #include "support/fatalstop.h"
+#include "support/samplelabels.h"
 
 #include <QFile>
 #include <QFontDatabase>
@@ -22,6 +23,7 @@
 #include <memory>
 
 using namespace lomir;
+using namespace lomir::testing;
 
 namespace {
 
@@ -29,27 +31,6 @@ namespace {
 const QSizeF kPaper(612.0, 792.0);
 const QMarginsF kMargins(36.0, 36.0, 36.0, 36.0);
 const QSizeF kLabel(100.0, 50.0);
-
-QString placeholderRun(int units)
-{
-    QString run;
-    for (int unit = 0; unit < units; ++unit)
-        run += QString::fromUtf16(kSerialPlaceholderUnit, kSerialPlaceholderUnitLength);
-    return run;
-}
-
-TextAttributes arial(double size, bool bold = false)
-{
-    TextAttributes attributes;
-    attributes.font = FontSpec{QStringLiteral("Arial"), QString(), size, bold, false};
-    return attributes;
-}
-
-// "No. " and a placeholder run, in Arial 12.
-RichText numberLabel(int units)
-{
-    return RichText(QStringLiteral("No. ") + placeholderRun(units), arial(12.0));
-}
 
 // Several runs: a bold centred line, a grey "Serial " and a red three-digit serial whose
 // middle digit is bold, and a justified italic line in another family that wraps.
@@ -75,9 +56,9 @@ RichText richLabel()
 
     RichText text(QStringLiteral("Lot 42 Premium\n"), title);
     text.append(QStringLiteral("Serial "), plain);
-    text.append(placeholderRun(1), serial);
-    text.append(placeholderRun(1), serialBold);
-    text.append(placeholderRun(1), serial);
+    text.append(placeholderUnits(1), serial);
+    text.append(placeholderUnits(1), serialBold);
+    text.append(placeholderUnits(1), serial);
     text.append(QStringLiteral("\n"), plain);
     text.append(QStringLiteral("Store in a cool, dry place away from sunlight."), note);
     return text;
@@ -260,7 +241,7 @@ QString addProportionalDigitFont()
 // taken away or spoilt. Called in a child process; returning means no stop happened.
 int runFatalCase(const char* name)
 {
-    auto view = printView(numberLabel(3), 100, 1);
+    auto view = printView(numberedLabel(3), 100, 1);
     const QString caseName = QString::fromLatin1(name);
     QRectF rect = pageRect(*view, 0);
     if (caseName == QStringLiteral("pageHeight"))
@@ -361,7 +342,7 @@ void TestTilingTextView::constructionWithFrameLeavesPropertiesEmpty()
 
 void TestTilingTextView::archiveWithEveryKey()
 {
-    const RichText text = numberLabel(3);
+    const RichText text = numberedLabel(3);
     QVariantMap archive;
     archive[QStringLiteral("text")] = QVariant::fromValue(text);
     archive[QStringLiteral("quantity")] = qint64(100);
@@ -428,7 +409,7 @@ void TestTilingTextView::archiveWithWrongTypes()
     archive[QStringLiteral("text")] = QStringLiteral("No. 001");
     archive[QStringLiteral("quantity")] = QStringLiteral("100");
     archive[QStringLiteral("serialStartFrom")] = -7.9;
-    archive[QStringLiteral("serialDigitCount")] = QVariant::fromValue(numberLabel(2));
+    archive[QStringLiteral("serialDigitCount")] = QVariant::fromValue(numberedLabel(2));
     archive[QStringLiteral("cellWidth")] = QStringLiteral("100");
     archive[QStringLiteral("cellHeight")] = true;
     archive[QStringLiteral("pageWidth")] = QVariant::fromValue(TextRange{1, 2});
@@ -459,7 +440,7 @@ void TestTilingTextView::archiveWithWrongTypes()
 
 void TestTilingTextView::secondPageStartsWithCopySeventy()
 {
-    const auto view = printView(numberLabel(3), 100, 1);
+    const auto view = printView(numberedLabel(3), 100, 1);
     QCOMPARE(*view->numberOfRowsOnAPage(), qint64(14));
     QCOMPARE(*view->numberOfColumns(), qint64(5));
     QCOMPARE(*view->numberOfPages(), qint64(2));
@@ -493,7 +474,7 @@ void TestTilingTextView::secondPageStartsWithCopySeventy()
 
 void TestTilingTextView::sevenCopiesInFiveColumns()
 {
-    const auto view = printView(numberLabel(1), 7, 1);
+    const auto view = printView(numberedLabel(1), 7, 1);
     QCOMPARE(*view->numberOfColumns(), qint64(5));
     const QRectF firstPage = pageRect(*view, 0);
     const std::vector<LabelCopy> copies = view->copiesOnPage(firstPage);
@@ -517,7 +498,7 @@ void TestTilingTextView::sevenCopiesInFiveColumns()
 
 void TestTilingTextView::rectangleOneAndAHalfPagesDown()
 {
-    const auto view = printView(numberLabel(3), 100, 1);
+    const auto view = printView(numberedLabel(3), 100, 1);
     const double top = 1.5 * *view->pageHeight();
     const QRectF rect(0.0, top, *view->pageWidth(), *view->pageHeight());
     const std::vector<LabelCopy> copies = view->copiesOnPage(rect);
@@ -541,7 +522,7 @@ void TestTilingTextView::unnumberedCellsAreIdentical()
 {
     // Two units where the print needs three: the run is not located, so every copy shows
     // the text as it stands, placeholder marks and all.
-    const RichText text = numberLabel(2);
+    const RichText text = numberedLabel(2);
     const auto view = printView(text, 12, 95);
     QVERIFY(!view->serialStringRange());
     const QRectF firstPage = pageRect(*view, 0);
@@ -588,16 +569,16 @@ void TestTilingTextView::fastDrawingMatchesStraightforward_data()
 
     // Arial kerns "11": the ones are a group of their own, every other digit leaves all
     // glyphs where they are. Pages with 011, 111, 1011 and so on show that.
-    QTest::newRow("numbered") << numberLabel(3) << qint64(100) << qint64(1) << 0.0 << qint64(0)
+    QTest::newRow("numbered") << numberedLabel(3) << qint64(100) << qint64(1) << 0.0 << qint64(0)
                               << 2.0 << true << 2;
-    QTest::newRow("second page") << numberLabel(3) << qint64(100) << qint64(1) << 0.0 << qint64(1)
+    QTest::newRow("second page") << numberedLabel(3) << qint64(100) << qint64(1) << 0.0 << qint64(1)
                                  << 2.0 << true << 2;
-    QTest::newRow("spaced") << numberLabel(4) << qint64(1000) << qint64(1000) << 4.0 << qint64(0)
+    QTest::newRow("spaced") << numberedLabel(4) << qint64(1000) << qint64(1000) << 4.0 << qint64(0)
                             << 3.0 << true << 2;
     TextAttributes dejaVu;
     dejaVu.font = FontSpec{QStringLiteral("DejaVu Sans"), QString(), 11.0, false, false};
     QTest::newRow("font without kerning")
-        << RichText(QStringLiteral("Nr. ") + placeholderRun(3), dejaVu) << qint64(200)
+        << RichText(QStringLiteral("Nr. ") + placeholderUnits(3), dejaVu) << qint64(200)
         << qint64(100) << 0.0 << qint64(0) << 2.0 << true << 1;
     QTest::newRow("unnumbered") << RichText(QStringLiteral("Fragile"), arial(14.0)) << qint64(40)
                                 << qint64(0) << 0.0 << qint64(0) << 1.0 << true << 0;
@@ -606,7 +587,7 @@ void TestTilingTextView::fastDrawingMatchesStraightforward_data()
     underlined.underline = LineStyle::Single;
     underlined.background = Rgba{255, 240, 120, 255};
     RichText decorated(QStringLiteral("No. "), arial(12.0));
-    decorated.append(placeholderRun(2), underlined);
+    decorated.append(placeholderUnits(2), underlined);
     QTest::newRow("underline and background")
         << decorated << qint64(30) << qint64(5) << 0.0 << qint64(0) << 2.0 << false << 0;
 }
@@ -694,7 +675,7 @@ void TestTilingTextView::proportionalDigitsAreLaidOutByPattern()
     ParagraphStyle centered;
     centered.alignment = TextAlignment::Center;
     attributes.paragraph = centered;
-    const RichText text(QStringLiteral("Box ") + placeholderRun(2) + QStringLiteral(" of 99"),
+    const RichText text(QStringLiteral("Box ") + placeholderUnits(2) + QStringLiteral(" of 99"),
                         attributes);
     const auto view = printView(text, 20, 5);
     // The wider "1" changes where everything after it goes: numbers are drawn from the
@@ -714,7 +695,7 @@ void TestTilingTextView::negativeSerialNumbersAreDrawnPerCopy()
 {
     // From -5 the numbers "-5" to "-1" are longer than the one digit planned; they are
     // laid out on their own, the others come from the shared layout.
-    const auto view = printView(numberLabel(1), 10, -5);
+    const auto view = printView(numberedLabel(1), 10, -5);
     QCOMPARE(*view->serialDigitCount(), qint64(1));
     QVERIFY(view->serialStringRange());
     QCOMPARE(expectedCopyText(*view, 0).string(), QStringLiteral("No. -5"));
@@ -727,7 +708,7 @@ void TestTilingTextView::negativeSerialNumbersAreDrawnPerCopy()
 void TestTilingTextView::overflowingTextIsClippedToItsCell()
 {
     // A label too small for its text: the text wraps and is cut at the cell's edges.
-    const RichText text(QStringLiteral("Keep refrigerated ") + placeholderRun(2) +
+    const RichText text(QStringLiteral("Keep refrigerated ") + placeholderUnits(2) +
                             QStringLiteral(" after opening"),
                         arial(16.0));
     const QSizeF label(70.0, 30.0);
@@ -754,7 +735,7 @@ void TestTilingTextView::spacedPageDrawsOnlyInsideCells()
 {
     // A label measured to its text, spaced apart: ink only inside the cells' text
     // rectangles, none in the gaps, and some in every cell that holds a copy.
-    const RichText text(QStringLiteral("Batch No. ") + placeholderRun(4), arial(12.0));
+    const RichText text(QStringLiteral("Batch No. ") + placeholderUnits(4), arial(12.0));
     const LabelTextLayout layout(text, std::nullopt);
     const QSizeF label(std::ceil(layout.size().width()) + 2.0, std::ceil(layout.size().height()));
     const auto view = printView(text, 300, 0, label, 4.0);
@@ -777,13 +758,13 @@ void TestTilingTextView::copyPainterIsKeptFromPageToPage()
 {
     // Drawing a later page with the same view and then with a changed text gives what a
     // fresh view gives: the laid-out label follows the properties.
-    const auto view = printView(numberLabel(3), 100, 1);
+    const auto view = printView(numberedLabel(3), 100, 1);
     const QRectF secondPage = pageRect(*view, 1);
     (void)renderPage(*view, pageRect(*view, 0), 1.0);
     const QImage again = renderPage(*view, secondPage, 2.0);
     QVERIFY(again == renderStraightforward(*view, secondPage, 2.0));
 
-    view->setText(RichText(QStringLiteral("Lot ") + placeholderRun(3), arial(10.0, true)));
+    view->setText(RichText(QStringLiteral("Lot ") + placeholderUnits(3), arial(10.0, true)));
     view->setSerialStringRange(locateSerialRun(view->text()->string(), 3));
     const QImage changed = renderPage(*view, secondPage, 2.0);
     QVERIFY(changed != again);
@@ -853,7 +834,7 @@ void TestTilingTextView::veryLargeTypeIsDrawn()
     // 800 point type would make faces too large for the font engine at the usual
     // resolution; it is laid out at a lower one and still drawn, numbered, from the
     // shared layout, and as tall as it is.
-    const RichText text(QStringLiteral("N") + placeholderRun(1), arial(800.0));
+    const RichText text(QStringLiteral("N") + placeholderUnits(1), arial(800.0));
     const LabelTextLayout layout(text, std::nullopt);
     QVERIFY(layout.unitsPerPoint() < 100.0);
     QVERIFY(layout.size().width() > 800.0);

@@ -7,6 +7,7 @@
 #include "core/printing/printplan.h"
 #include "support/fatalstop.h"
 #include "support/printedpdf.h"
+#include "support/samplelabels.h"
 
 #include <QFileInfo>
 #include <QGuiApplication>
@@ -35,20 +36,6 @@ constexpr double kPointsInAMillimeter = 72.0 / 25.4;
 
 const QSizeF kLabel(100.0, 50.0);
 
-// n placeholder units, written out here rather than taken from the code under test.
-QString units(int n)
-{
-    return QStringLiteral("#\u200D").repeated(n);
-}
-
-// "No. " and a run of placeholder units in Arial 12: two words on the page.
-RichText numbered(int placeholderUnits)
-{
-    TextAttributes attributes;
-    attributes.font = FontSpec{QStringLiteral("Arial"), QString(), 12.0, false, false};
-    return RichText(QStringLiteral("No. ") + units(placeholderUnits), attributes);
-}
-
 QPageLayout letterWithHalfInchMargins()
 {
     return QPageLayout(QPageSize(QPageSize::Letter), QPageLayout::Portrait,
@@ -61,7 +48,7 @@ PrintPlan planOn(const QPageLayout& printSettings, const QSizeF& label, double s
 {
     const PaperSettings settings = paperSettings(printSettings);
     return planForLabel(settings.paper, settings.margins, label, spacing, quantity, serialStart,
-                        numbered(int(serialDigitCount(quantity, serialStart))));
+                        numberedLabel(int(serialDigitCount(quantity, serialStart))));
 }
 
 // Prints a plan to a PDF file the way every print goes: the view made from the plan,

@@ -1,12 +1,14 @@
 #include "core/layout/tilingtextview.h"
 #include "core/printing/printplan.h"
 #include "support/fatalstop.h"
+#include "support/samplelabels.h"
 
 #include <QGuiApplication>
 #include <QTest>
 #include <cstring>
 
 using namespace lomir;
+using namespace lomir::testing;
 
 namespace {
 
@@ -19,28 +21,14 @@ const QSizeF kLabel(100.0, 50.0);
 constexpr qint64 kTextSizeTag = 2;
 constexpr qint64 kCustomTag = 1;
 
-// n placeholder units, written out here rather than taken from the code under test.
-QString units(int n)
-{
-    return QStringLiteral("#\u200D").repeated(n);
-}
-
 RichText label(const QString& text)
 {
-    TextAttributes attributes;
-    attributes.font = FontSpec{QStringLiteral("Arial"), QString(), 12.0, false, false};
-    return RichText(text, attributes);
-}
-
-// "No. " and a run of placeholder units.
-RichText numbered(int placeholderUnits)
-{
-    return label(QStringLiteral("No. ") + units(placeholderUnits));
+    return RichText(text, arial(12.0));
 }
 
 // A request on Letter paper with half-inch margins, spacing off, for a 100 x 50 label.
 PrintRequest letterRequest(const QString& quantity, const QString& serialStart,
-                           const RichText& text = numbered(2))
+                           const RichText& text = numberedLabel(2))
 {
     PrintRequest request;
     request.paper = kLetter;
@@ -280,33 +268,37 @@ private Q_SLOTS:
         QTest::addColumn<bool>("resizes");
 
         QTest::newRow("70 cells, quantity 10 from 1: two digits either way")
-            << kLabel << qint64(0) << QStringLiteral("10") << QStringLiteral("1") << numbered(2)
-            << qint64(5) << qint64(14) << qint64(70) << qint64(2) << qint64(2) << false;
+            << kLabel << qint64(0) << QStringLiteral("10") << QStringLiteral("1")
+            << numberedLabel(2) << qint64(5) << qint64(14) << qint64(70) << qint64(2) << qint64(2)
+            << false;
         QTest::newRow("70 cells, quantity 5 from 1: widened to two digits")
-            << kLabel << qint64(0) << QStringLiteral("5") << QStringLiteral("1") << numbered(1)
+            << kLabel << qint64(0) << QStringLiteral("5") << QStringLiteral("1") << numberedLabel(1)
             << qint64(5) << qint64(14) << qint64(70) << qint64(1) << qint64(2) << true;
         QTest::newRow("no placeholder: nothing to resize")
             << kLabel << qint64(0) << QStringLiteral("5") << QStringLiteral("1")
             << label(QStringLiteral("Fragile")) << qint64(5) << qint64(14) << qint64(70)
             << qint64(1) << qint64(2) << false;
         QTest::newRow("a run of another length is still resized")
-            << kLabel << qint64(0) << QStringLiteral("5") << QStringLiteral("1") << numbered(3)
+            << kLabel << qint64(0) << QStringLiteral("5") << QStringLiteral("1") << numberedLabel(3)
             << qint64(5) << qint64(14) << qint64(70) << qint64(1) << qint64(2) << true;
         QTest::newRow("quantity 1000: narrowed to two digits")
-            << kLabel << qint64(0) << QStringLiteral("1000") << QString() << numbered(4)
+            << kLabel << qint64(0) << QStringLiteral("1000") << QString() << numberedLabel(4)
             << qint64(5) << qint64(14) << qint64(70) << qint64(4) << qint64(2) << true;
         QTest::newRow("spaced: 5 columns of 104, 13 rows of 54")
-            << kLabel << qint64(1) << QStringLiteral("1") << QString() << numbered(1) << qint64(5)
-            << qint64(13) << qint64(65) << qint64(1) << qint64(2) << true;
+            << kLabel << qint64(1) << QStringLiteral("1") << QString() << numberedLabel(1)
+            << qint64(5) << qint64(13) << qint64(65) << qint64(1) << qint64(2) << true;
         QTest::newRow("unreadable quantity counts as one")
-            << kLabel << qint64(0) << QStringLiteral("x") << QStringLiteral("95") << numbered(2)
-            << qint64(5) << qint64(14) << qint64(70) << qint64(2) << qint64(3) << true;
+            << kLabel << qint64(0) << QStringLiteral("x") << QStringLiteral("95")
+            << numberedLabel(2) << qint64(5) << qint64(14) << qint64(70) << qint64(2) << qint64(3)
+            << true;
         QTest::newRow("too wide: no copies, and the fit test refuses")
-            << QSizeF(541.0, 50.0) << qint64(0) << QStringLiteral("25") << QString() << numbered(2)
-            << qint64(0) << qint64(14) << qint64(0) << qint64(2) << qint64(1) << true;
+            << QSizeF(541.0, 50.0) << qint64(0) << QStringLiteral("25") << QString()
+            << numberedLabel(2) << qint64(0) << qint64(14) << qint64(0) << qint64(2) << qint64(1)
+            << true;
         QTest::newRow("a cell exactly the printable area: one copy")
-            << QSizeF(540.0, 720.0) << qint64(0) << QStringLiteral("12") << QString() << numbered(2)
-            << qint64(1) << qint64(1) << qint64(1) << qint64(2) << qint64(1) << true;
+            << QSizeF(540.0, 720.0) << qint64(0) << QStringLiteral("12") << QString()
+            << numberedLabel(2) << qint64(1) << qint64(1) << qint64(1) << qint64(2) << qint64(1)
+            << true;
     }
 
     void fullPageCount()
@@ -386,7 +378,8 @@ private Q_SLOTS:
         QFETCH(QSizeF, cell);
         QFETCH(qint64, quantity);
 
-        PrintRequest request = letterRequest(QStringLiteral("5"), QStringLiteral("1"), numbered(1));
+        PrintRequest request =
+            letterRequest(QStringLiteral("5"), QStringLiteral("1"), numberedLabel(1));
         request.spacingTag = spacingTag;
         request.fullPage = true;
         PrintPlan plan = fullPagePlan(lomir::planFromRequest(request));
@@ -398,7 +391,7 @@ private Q_SLOTS:
             cell = QSizeF(plan.cell.width, plan.cell.height);
         const qint64 quantityBefore = plan.quantity;
 
-        const RichText widened = numbered(2);
+        const RichText widened = numberedLabel(2);
         const PrintPlan resized = lomir::fullPagePlanAfterResizing(
             plan, widened, hasSizeTag ? std::optional<qint64>(sizeTag) : std::nullopt, labelAfter,
             magnification);
@@ -445,23 +438,23 @@ private Q_SLOTS:
         QTest::addColumn<qint64>("pages");
 
         QTest::newRow("100 from 1: 3 digits, 2 pages")
-            << QStringLiteral("100") << QStringLiteral("1") << qint64(0) << numbered(3) << qint64(3)
-            << true << qint64(5) << qint64(20) << qint64(14) << qint64(2);
+            << QStringLiteral("100") << QStringLiteral("1") << qint64(0) << numberedLabel(3)
+            << qint64(3) << true << qint64(5) << qint64(20) << qint64(14) << qint64(2);
         QTest::newRow("9 from 1: 01 to 09")
-            << QStringLiteral("9") << QStringLiteral("1") << qint64(0) << numbered(2) << qint64(2)
-            << true << qint64(5) << qint64(2) << qint64(14) << qint64(1);
+            << QStringLiteral("9") << QStringLiteral("1") << qint64(0) << numberedLabel(2)
+            << qint64(2) << true << qint64(5) << qint64(2) << qint64(14) << qint64(1);
         QTest::newRow("9 from 1, one unit: printed as it stands")
-            << QStringLiteral("9") << QStringLiteral("1") << qint64(0) << numbered(1) << qint64(2)
-            << false << qint64(5) << qint64(2) << qint64(14) << qint64(1);
+            << QStringLiteral("9") << QStringLiteral("1") << qint64(0) << numberedLabel(1)
+            << qint64(2) << false << qint64(5) << qint64(2) << qint64(14) << qint64(1);
         QTest::newRow("100 from empty: 000 to 099")
-            << QStringLiteral("100") << QString() << qint64(0) << numbered(3) << qint64(3) << true
-            << qint64(5) << qint64(20) << qint64(14) << qint64(2);
+            << QStringLiteral("100") << QString() << qint64(0) << numberedLabel(3) << qint64(3)
+            << true << qint64(5) << qint64(20) << qint64(14) << qint64(2);
         QTest::newRow("5 from 7: 07 to 11")
-            << QStringLiteral("5") << QStringLiteral("7") << qint64(0) << numbered(2) << qint64(2)
-            << true << qint64(5) << qint64(1) << qint64(14) << qint64(1);
+            << QStringLiteral("5") << QStringLiteral("7") << qint64(0) << numberedLabel(2)
+            << qint64(2) << true << qint64(5) << qint64(1) << qint64(14) << qint64(1);
         QTest::newRow("spaced, 1000")
-            << QStringLiteral("1000") << QString() << qint64(1) << numbered(4) << qint64(4) << true
-            << qint64(5) << qint64(200) << qint64(13) << qint64(16);
+            << QStringLiteral("1000") << QString() << qint64(1) << numberedLabel(4) << qint64(4)
+            << true << qint64(5) << qint64(200) << qint64(13) << qint64(16);
     }
 
     void viewTakesEveryValueOfThePlan()

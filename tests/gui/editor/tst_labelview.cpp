@@ -8,8 +8,8 @@
 #include "gui/editor/centeredclipview.h"
 #include "gui/editor/labelcell.h"
 #include "gui/editor/labeltextview.h"
-#include "support/labelfonts.h"
 #include "support/labelimages.h"
+#include "support/samplelabels.h"
 
 #include <QApplication>
 #include <QGraphicsScene>

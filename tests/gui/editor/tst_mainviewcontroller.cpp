@@ -18,7 +18,7 @@
 #include "gui/editor/zoomslider.h"
 #include "support/editorwindows.h"
 #include "support/fatalstop.h"
-#include "support/labelfonts.h"
+#include "support/samplelabels.h"
 
 #include <QAbstractItemView>
 #include <QAbstractTextDocumentLayout>

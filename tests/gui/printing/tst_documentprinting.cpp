@@ -15,9 +15,9 @@
 #include "gui/printing/printrun.h"
 #include "support/documentwindows.h"
 #include "support/editorwindows.h"
-#include "support/labelfonts.h"
 #include "support/labelimages.h"
 #include "support/printedpdf.h"
+#include "support/samplelabels.h"
 
 #include <QApplication>
 #include <QDoubleSpinBox>
@@ -46,18 +46,6 @@ constexpr double kPlacementTolerance = 0.005;
 // Written out here rather than taken from the code under test.
 constexpr double kPointsInAMillimeter = 72.0 / 25.4;
 
-// n placeholder units, written out here rather than taken from the code under test.
-QString units(int n)
-{
-    return QStringLiteral("#\u200D").repeated(n);
-}
-
-// "No. " and a run of placeholder units in Arial 12: two words per copy in the PDF.
-RichText numbered(int placeholderUnits)
-{
-    return RichText(QStringLiteral("No. ") + units(placeholderUnits), arial(12.0));
-}
-
 // A label of a custom size in points with the text and fields given.
 Content labelRecord(const QSizeF& size, const RichText& text, const QString& quantity,
                     const QString& serialStart, qint64 outputSpacing = 0)
@@ -83,7 +71,7 @@ void verifyCopiesOnLetter(const QString& pdf, qint64 quantity, qint64 serialStar
 {
     const PrintPlan plan =
         planForLabel(QSizeF(612.0, 792.0), QMarginsF(36.0, 36.0, 36.0, 36.0), QSizeF(100.0, 50.0),
-                     0.0, quantity, serialStart, numbered(placeholderUnits));
+                     0.0, quantity, serialStart, numberedLabel(placeholderUnits));
     const double error = compareCopies(printedCopies(pdfWords(pdf)),
                                        expectedCopies(plan, *makeTilingTextView(plan)));
     QVERIFY2(error >= 0.0 && error <= kPlacementTolerance,
@@ -257,9 +245,10 @@ private Q_SLOTS:
         if (!popplerInstalled())
             QSKIP("poppler-utils is not installed");
         const QMarginsF margins(72.0, 90.0, 72.0, 90.0);
-        const PrintingWindow window = openPrinting(
-            labelRecord(QSizeF(100.0, 50.0), numbered(1), QStringLiteral("3"), QStringLiteral("0")),
-            margins);
+        const PrintingWindow window =
+            openPrinting(labelRecord(QSizeF(100.0, 50.0), numberedLabel(1), QStringLiteral("3"),
+                                     QStringLiteral("0")),
+                         margins);
         QCOMPARE(printAndWait(window, window.opened.window->printAction()), true);
         QCOMPARE(window.printing->dialogPageCounts, QList<qint64>{1});
         const QString pdf = window.printing->printFile;
@@ -283,7 +272,7 @@ private Q_SLOTS:
         if (!popplerInstalled())
             QSKIP("poppler-utils is not installed");
         const PrintingWindow window = openPrinting(labelRecord(
-            QSizeF(100.0, 50.0), numbered(2), QStringLiteral("10"), QStringLiteral("1")));
+            QSizeF(100.0, 50.0), numberedLabel(2), QStringLiteral("10"), QStringLiteral("1")));
         // An edit the user can undo, which the print must not take away.
         makeAnUndoableEdit(window.opened);
         const RichText before = window.opened.editor->labelText();
@@ -307,10 +296,10 @@ private Q_SLOTS:
         if (!popplerInstalled())
             QSKIP("poppler-utils is not installed");
         const PrintingWindow window = openPrinting(labelRecord(
-            QSizeF(100.0, 50.0), numbered(1), QStringLiteral("5"), QStringLiteral("1")));
+            QSizeF(100.0, 50.0), numberedLabel(1), QStringLiteral("5"), QStringLiteral("1")));
         makeAnUndoableEdit(window.opened);
         const RichText before = window.opened.editor->labelText();
-        QCOMPARE(before, numbered(1));
+        QCOMPARE(before, numberedLabel(1));
 
         QCOMPARE(printAndWait(window, window.opened.window->printFullPageAction()), true);
         QCOMPARE(window.opened.editor->labelText(), before);
@@ -328,7 +317,8 @@ private Q_SLOTS:
 
         // Typing goes on from the restored text: a refused edit would go back to it.
         typeIntoLabel(window.opened, QStringLiteral("a"));
-        QCOMPARE(window.opened.text(), QStringLiteral("No. ") + units(1) + QStringLiteral("a"));
+        QCOMPARE(window.opened.text(),
+                 QStringLiteral("No. ") + placeholderUnits(1) + QStringLiteral("a"));
     }
 
     void aFullPageOfALabelThatFollowsItsTextIsMeasuredAtTheZoom()
@@ -338,15 +328,15 @@ private Q_SLOTS:
         if (!popplerInstalled())
             QSKIP("poppler-utils is not installed");
         Content record;
-        record.labelText = AttributedString(numbered(1));
+        record.labelText = AttributedString(numberedLabel(1));
         record.quantity = QStringLiteral("5");
         record.serialStartFrom = QStringLiteral("1");
         record.outputSpacing = 0;
         record.magnification = 200.0;
         const PrintingWindow window = openPrinting(record);
         const QSizeF before = window.opened.editor->labelSize();
-        QCOMPARE(before,
-                 QSizeF(widestLineWidth(numbered(1)), textHeight(numbered(1), labelFont())));
+        QCOMPARE(before, QSizeF(widestLineWidth(numberedLabel(1)),
+                                textHeight(numberedLabel(1), labelFont())));
         // The page holds this many labels of the first size: their numbers need 3 digits.
         const qint64 firstCount = qint64(540.0 / before.width()) * qint64(720.0 / before.height());
         QCOMPARE(numberOfDigits(firstCount + 1), qint64(3));
@@ -354,8 +344,8 @@ private Q_SLOTS:
         QCOMPARE(printAndWait(window, window.opened.window->printFullPageAction()), true);
         // The label grew with the run of three units, and stays as large.
         const QSizeF after = window.opened.editor->labelSize();
-        QCOMPARE(after.width(), widestLineWidth(numbered(3)));
-        QCOMPARE(window.opened.editor->labelText(), numbered(1));
+        QCOMPARE(after.width(), widestLineWidth(numberedLabel(3)));
+        QCOMPARE(window.opened.editor->labelText(), numberedLabel(1));
         // The cells are the grown label at 200%.
         const qint64 count =
             qint64(540.0 / (2.0 * after.width())) * qint64(720.0 / (2.0 * after.height()));
@@ -371,7 +361,7 @@ private Q_SLOTS:
     {
         QSettings().setValue(QString::fromLatin1(kPrintCountKey), 4);
         const PrintingWindow window = openPrinting(labelRecord(
-            QSizeF(100.0, 50.0), numbered(1), QStringLiteral("3"), QStringLiteral("0")));
+            QSizeF(100.0, 50.0), numberedLabel(1), QStringLiteral("3"), QStringLiteral("0")));
         window.printing->printsInDialog = false;
         QCOMPARE(printAndWait(window, window.opened.window->printAction()), false);
         QCOMPARE(printCount(), qint64(4));
@@ -382,7 +372,7 @@ private Q_SLOTS:
     {
         QSettings().setValue(QString::fromLatin1(kPrintCountKey), 4);
         const PrintingWindow window = openPrinting(labelRecord(
-            QSizeF(100.0, 50.0), numbered(1), QStringLiteral("3"), QStringLiteral("0")));
+            QSizeF(100.0, 50.0), numberedLabel(1), QStringLiteral("3"), QStringLiteral("0")));
         QCOMPARE(printAndWait(window, window.opened.window->printAction()), true);
         QCOMPARE(printCount(), qint64(5));
         QCOMPARE(printAndWait(window, window.opened.window->printFullPageAction()), true);
@@ -395,7 +385,7 @@ private Q_SLOTS:
         // then runs the application's review check, which opens the question.
         QSettings().setValue(QString::fromLatin1(kPrintCountKey), 4);
         const PrintingWindow window = openPrinting(labelRecord(
-            QSizeF(100.0, 50.0), numbered(1), QStringLiteral("3"), QStringLiteral("0")));
+            QSizeF(100.0, 50.0), numberedLabel(1), QStringLiteral("3"), QStringLiteral("0")));
         ReviewPrompt& prompt = ReviewPrompt::application();
         window.printing->printsInDialog = false;
         QCOMPARE(printAndWait(window, window.opened.window->printAction()), false);
@@ -423,7 +413,7 @@ private Q_SLOTS:
         if (!popplerInstalled())
             QSKIP("poppler-utils is not installed");
         const PrintingWindow window = openPrinting(labelRecord(
-            QSizeF(100.0, 50.0), numbered(1), QStringLiteral("7"), QStringLiteral("0"), 1));
+            QSizeF(100.0, 50.0), numberedLabel(1), QStringLiteral("7"), QStringLiteral("0"), 1));
         QCOMPARE(printAndWait(window, window.opened.window->printAction()), true);
         const std::vector<PrintedCopy> printed =
             printedCopies(pdfWords(window.printing->printFile));
@@ -443,7 +433,7 @@ private Q_SLOTS:
     {
         QSettings().setValue(QString::fromLatin1(kPrintCountKey), 4);
         const PrintingWindow window = openPrinting(labelRecord(
-            QSizeF(540.000001, 50.0), numbered(1), QStringLiteral("3"), QStringLiteral("0")));
+            QSizeF(540.000001, 50.0), numberedLabel(1), QStringLiteral("3"), QStringLiteral("0")));
         QSignalSpy ended(window.printer(), &PrintController::printOperationDidRun);
         QSignalSpy started(window.printer(), &PrintController::printStarted);
         window.opened.window->printAction()->trigger();
@@ -468,7 +458,7 @@ private Q_SLOTS:
     void aLabelAsWideAsThePrintableAreaPrints()
     {
         const PrintingWindow window = openPrinting(labelRecord(
-            QSizeF(540.0, 50.0), numbered(1), QStringLiteral("3"), QStringLiteral("0")));
+            QSizeF(540.0, 50.0), numberedLabel(1), QStringLiteral("3"), QStringLiteral("0")));
         QCOMPARE(printAndWait(window, window.opened.window->printAction()), true);
         QVERIFY(window.opened.alerts->shown.isEmpty());
         QCOMPARE(window.printing->dialogPageCounts, QList<qint64>{1});
@@ -478,9 +468,10 @@ private Q_SLOTS:
 
     void thePrintDialogShowsTheDocumentsPaper()
     {
-        const PrintingWindow window = openPrinting(
-            labelRecord(QSizeF(100.0, 50.0), numbered(1), QStringLiteral("3"), QStringLiteral("0")),
-            QMarginsF(10.0, 20.0, 30.0, 40.0));
+        const PrintingWindow window =
+            openPrinting(labelRecord(QSizeF(100.0, 50.0), numberedLabel(1), QStringLiteral("3"),
+                                     QStringLiteral("0")),
+                         QMarginsF(10.0, 20.0, 30.0, 40.0));
         QCOMPARE(printAndWait(window, window.opened.window->printAction()), true);
         const PaperSettings shown = paperSettings(window.printing->dialogLayouts.first());
         QCOMPARE(shown.paper, QSizeF(612.0, 792.0));
@@ -493,7 +484,7 @@ private Q_SLOTS:
             QSKIP("poppler-utils is not installed");
         // 70 copies a page: 300 copies take 5 pages.
         const PrintingWindow window = openPrinting(labelRecord(
-            QSizeF(100.0, 50.0), numbered(3), QStringLiteral("300"), QStringLiteral("0")));
+            QSizeF(100.0, 50.0), numberedLabel(3), QStringLiteral("300"), QStringLiteral("0")));
         window.printing->changeInDialog = [](QPrinter& printer) {
             printer.setPrintRange(QPrinter::PageRange);
             printer.setFromTo(2, 3);
@@ -513,7 +504,7 @@ private Q_SLOTS:
         if (!popplerInstalled())
             QSKIP("poppler-utils is not installed");
         const PrintingWindow window = openPrinting(labelRecord(
-            QSizeF(100.0, 50.0), numbered(3), QStringLiteral("100"), QStringLiteral("0")));
+            QSizeF(100.0, 50.0), numberedLabel(3), QStringLiteral("100"), QStringLiteral("0")));
         window.printing->changeInDialog = [](QPrinter& printer) {
             printer.setPageSize(QPageSize(QPageSize::A5));
         };
@@ -533,7 +524,7 @@ private Q_SLOTS:
     void pageSetupIsTheDocumentsAndNewDocumentsStartFromIt()
     {
         const PrintingWindow first = openPrinting(labelRecord(
-            QSizeF(100.0, 50.0), numbered(1), QStringLiteral("3"), QStringLiteral("0")));
+            QSizeF(100.0, 50.0), numberedLabel(1), QStringLiteral("3"), QStringLiteral("0")));
         const EditorWindow openBefore = m_editors.open();
         const QPageLayout before = openBefore.window->printController()->pageLayout();
 
@@ -555,7 +546,7 @@ private Q_SLOTS:
     void aCanceledPageSetupChangesNothing()
     {
         const PrintingWindow window = openPrinting(labelRecord(
-            QSizeF(100.0, 50.0), numbered(1), QStringLiteral("3"), QStringLiteral("0")));
+            QSizeF(100.0, 50.0), numberedLabel(1), QStringLiteral("3"), QStringLiteral("0")));
         const QPageLayout before = window.printer()->pageLayout();
         window.opened.window->pageSetupAction()->trigger();
         QCOMPARE(window.printing->pageSetupShown.size(), 1);
@@ -566,7 +557,7 @@ private Q_SLOTS:
     void pageSetupStoresEachPrintersCalibration()
     {
         const PrintingWindow window = openPrinting(labelRecord(
-            QSizeF(100.0, 50.0), numbered(1), QStringLiteral("3"), QStringLiteral("0")));
+            QSizeF(100.0, 50.0), numberedLabel(1), QStringLiteral("3"), QStringLiteral("0")));
         PageSetupChoice chosen;
         chosen.layout = window.printer()->pageLayout();
         chosen.printerName = QStringLiteral("Shop/Roll");
@@ -593,7 +584,7 @@ private Q_SLOTS:
         if (!popplerInstalled())
             QSKIP("poppler-utils is not installed");
         const PrintingWindow window = openPrinting(labelRecord(
-            QSizeF(100.0, 50.0), numbered(1), QStringLiteral("3"), QStringLiteral("0")));
+            QSizeF(100.0, 50.0), numberedLabel(1), QStringLiteral("3"), QStringLiteral("0")));
         QSettings settings;
         storeCalibration(settings, QString(), PrinterCalibration{5.0, 5.0, 90.0});
         storeCalibration(settings, QStringLiteral("Office"), PrinterCalibration{5.0, 5.0, 90.0});
@@ -610,7 +601,7 @@ private Q_SLOTS:
             QSKIP("poppler-utils is not installed");
         QSettings().setValue(QString::fromLatin1(kPrintCountKey), 4);
         const PrintingWindow window = openPrinting(labelRecord(
-            QSizeF(100.0, 50.0), numbered(1), QStringLiteral("3"), QStringLiteral("0")));
+            QSizeF(100.0, 50.0), numberedLabel(1), QStringLiteral("3"), QStringLiteral("0")));
         QSignalSpy started(window.printer(), &PrintController::printStarted);
         window.opened.window->printCalibrationPageAction()->trigger();
         QCOMPARE(started.size(), 1);
@@ -637,7 +628,7 @@ private Q_SLOTS:
     void pageSetupPrintsACalibrationPageWithTheCalibrationBeingSetUp()
     {
         const PrintingWindow window = openPrinting(labelRecord(
-            QSizeF(100.0, 50.0), numbered(1), QStringLiteral("3"), QStringLiteral("0")));
+            QSizeF(100.0, 50.0), numberedLabel(1), QStringLiteral("3"), QStringLiteral("0")));
         PageSetupChoice beingSetUp;
         beingSetUp.layout = QPageLayout(QPageSize(QPageSize::A6), QPageLayout::Portrait,
                                         QMarginsF(), QPageLayout::Millimeter);
@@ -667,8 +658,8 @@ private Q_SLOTS:
         if (!popplerInstalled())
             QSKIP("poppler-utils is not installed");
         const QSizeF label(62.0 * kPointsInAMillimeter, 29.0 * kPointsInAMillimeter);
-        const PrintingWindow window =
-            openPrinting(labelRecord(label, numbered(1), QStringLiteral("5"), QStringLiteral("1")));
+        const PrintingWindow window = openPrinting(
+            labelRecord(label, numberedLabel(1), QStringLiteral("5"), QStringLiteral("1")));
         PageSetupChoice roll;
         roll.layout = QPageLayout(
             QPageSize(QSizeF(62.0, 29.0), QPageSize::Millimeter, QString(), QPageSize::ExactMatch),
@@ -699,7 +690,7 @@ private Q_SLOTS:
         if (!popplerInstalled())
             QSKIP("poppler-utils is not installed");
         const PrintingWindow window = openPrinting(labelRecord(
-            QSizeF(100.0, 50.0), numbered(2), QStringLiteral("12"), QStringLiteral("0")));
+            QSizeF(100.0, 50.0), numberedLabel(2), QStringLiteral("12"), QStringLiteral("0")));
         window.printing->exportPath = m_editors.filePath(QStringLiteral("labels.pdf"));
         QCOMPARE(printAndWait(window, window.opened.window->exportPdfAction()), true);
         QVERIFY(window.printing->dialogPageCounts.isEmpty());
@@ -710,7 +701,7 @@ private Q_SLOTS:
     void aCanceledExportDialogWritesNothing()
     {
         const PrintingWindow window = openPrinting(labelRecord(
-            QSizeF(100.0, 50.0), numbered(2), QStringLiteral("12"), QStringLiteral("0")));
+            QSizeF(100.0, 50.0), numberedLabel(2), QStringLiteral("12"), QStringLiteral("0")));
         window.printing->exportPath.clear();
         QCOMPARE(printAndWait(window, window.opened.window->exportPdfAction()), false);
         QCOMPARE(window.printing->exportQuestions, 1);
@@ -720,7 +711,7 @@ private Q_SLOTS:
     void anExportThatCannotBeWrittenIsReported()
     {
         const PrintingWindow window = openPrinting(labelRecord(
-            QSizeF(100.0, 50.0), numbered(2), QStringLiteral("12"), QStringLiteral("0")));
+            QSizeF(100.0, 50.0), numberedLabel(2), QStringLiteral("12"), QStringLiteral("0")));
         window.printing->exportPath =
             m_editors.filePath(QStringLiteral("no-such-folder/labels.pdf"));
         QCOMPARE(printAndWait(window, window.opened.window->exportPdfAction()), false);
@@ -737,7 +728,7 @@ private Q_SLOTS:
         // Labels of 20 x 10 points: 27 x 72 to a page; 400 pages.
         const qint64 quantity = 27 * 72 * 400;
         const PrintingWindow window =
-            openPrinting(labelRecord(QSizeF(20.0, 10.0), RichText(units(6), arial(4.0)),
+            openPrinting(labelRecord(QSizeF(20.0, 10.0), RichText(placeholderUnits(6), arial(4.0)),
                                      QString::number(quantity), QStringLiteral("0")));
         window.printing->exportPath = m_editors.filePath(QStringLiteral("long.pdf"));
         QFile::remove(window.printing->exportPath);
@@ -787,7 +778,7 @@ private Q_SLOTS:
     void aShortPrintShowsNoProgress()
     {
         const PrintingWindow window = openPrinting(labelRecord(
-            QSizeF(100.0, 50.0), numbered(3), QString::number(70 * 3), QStringLiteral("0")));
+            QSizeF(100.0, 50.0), numberedLabel(3), QString::number(70 * 3), QStringLiteral("0")));
         QSignalSpy started(window.printer(), &PrintController::printStarted);
         QCOMPARE(printAndWait(window, window.opened.window->printAction()), true);
         QCOMPARE(started.first().first().value<PrintRun*>()->pageCount(), qint64(3));
@@ -800,7 +791,7 @@ private Q_SLOTS:
             QSKIP("poppler-utils is not installed");
         QSettings().setValue(QString::fromLatin1(kPrintCountKey), 4);
         const PrintingWindow window = openPrinting(labelRecord(
-            QSizeF(100.0, 50.0), numbered(3), QString::number(70 * 20), QStringLiteral("0")));
+            QSizeF(100.0, 50.0), numberedLabel(3), QString::number(70 * 20), QStringLiteral("0")));
         QSignalSpy started(window.printer(), &PrintController::printStarted);
         window.opened.window->printAction()->trigger();
         QCOMPARE(started.size(), 1);
@@ -823,7 +814,7 @@ private Q_SLOTS:
     {
         // 70 copies a page: 7000 copies take 100 pages.
         const PrintingWindow window = openPrinting(labelRecord(
-            QSizeF(100.0, 50.0), numbered(4), QStringLiteral("7000"), QStringLiteral("0")));
+            QSizeF(100.0, 50.0), numberedLabel(4), QStringLiteral("7000"), QStringLiteral("0")));
         QSignalSpy shown(window.printer(), &PrintController::previewShown);
         window.opened.window->printPreviewAction()->trigger();
         QCOMPARE(shown.size(), 1);
@@ -851,7 +842,7 @@ private Q_SLOTS:
         {
             const PrintPlan plan =
                 planForLabel(QSizeF(612.0, 792.0), QMarginsF(36.0, 36.0, 36.0, 36.0),
-                             QSizeF(100.0, 50.0), 0.0, 7000, 0, numbered(4));
+                             QSizeF(100.0, 50.0), 0.0, 7000, 0, numberedLabel(4));
             const auto view = makeTilingTextView(plan);
             QPainter painter(&expected);
             painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
@@ -875,7 +866,7 @@ private Q_SLOTS:
     void printingFromThePreviewPrintsWhatItShows()
     {
         const PrintingWindow window = openPrinting(labelRecord(
-            QSizeF(100.0, 50.0), numbered(3), QStringLiteral("150"), QStringLiteral("0")));
+            QSizeF(100.0, 50.0), numberedLabel(3), QStringLiteral("150"), QStringLiteral("0")));
         QSignalSpy shown(window.printer(), &PrintController::previewShown);
         window.opened.window->printPreviewAction()->trigger();
         auto* preview = shown.first().first().value<PrintPreviewDialog*>();
