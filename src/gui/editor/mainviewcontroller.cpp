@@ -125,6 +125,9 @@ void MainViewController::viewDidLoad()
             &MainViewController::metricPopUpSelectionDidChange);
     connect(m_ui->zoomSlider, &ZoomSlider::doubleValueChanged, this,
             &MainViewController::zoomSliderDidChange);
+    // Spaced or not is part of the design, saved with it: picking it is a change.
+    connect(m_ui->outputSpacingDropdown, &QComboBox::activated, this,
+            &MainViewController::reportEdit);
     connect(m_ui->addSerializationButton, &QPushButton::clicked, this,
             &MainViewController::addSerializationButtonClicked);
 
@@ -442,6 +445,10 @@ void MainViewController::textDidChange()
     }
     m_previousTextViewContent = labelText();
     m_textViewChangeIsSerial = false;
+    // Every accepted edit of the text or its attributes is a change of the design, whether
+    // or not it changed the label's size: typing, paste, drop, the format controls, the
+    // font and color dialogs, the placeholder button.
+    reportEdit();
 }
 
 void MainViewController::textViewDidChangeTypingAttributes()
@@ -579,6 +586,13 @@ bool MainViewController::heightLimitAccepts()
     }
     m_textViewChangeIsSerial = false;
     return false;
+}
+
+void MainViewController::reportEdit()
+{
+    // An editor of no window (a test's) has no document to tell.
+    if (!m_isInitialLoad && m_document)
+        changeDone();
 }
 
 void MainViewController::changeDone()

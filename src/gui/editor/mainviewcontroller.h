@@ -123,7 +123,12 @@ private:
     void replacePlaceholder(const QString& replacement);
     // Accepts a text change that fits a label of a custom size, or undoes it and warns.
     bool heightLimitAccepts();
+    // The one place the editor tells its document that the design changed (the document
+    // marks itself edited and schedules the autosave). A change of the label's size, unit
+    // or fields needs the document; an edit of the text in an editor of no window has no
+    // one to tell, and changes made while loading the record are not changes.
     void changeDone();
+    void reportEdit();
     void zoomTo(double percent);
     QLineEdit* focusedField() const;
     qint64 selectedSizeTag() const;
