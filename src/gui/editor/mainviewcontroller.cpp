@@ -27,6 +27,7 @@
 #include <QMenuBar>
 #include <QSettings>
 #include <QTextCursor>
+#include <QTextDocument>
 #include <QToolBar>
 #include <algorithm>
 #include <array>
@@ -201,7 +202,18 @@ void MainViewController::createActions()
     for (QAction* action : {m_zoomIn, m_zoomOut, m_actualSize})
         addAction(action);
 
+    // Undo and Redo are offered only when the label, or the field with the focus, has
+    // something to undo or redo.
+    const QTextDocument* label = textView()->document();
+    connect(label, &QTextDocument::undoAvailable, this, &MainViewController::updateUndoActions);
+    connect(label, &QTextDocument::redoAvailable, this, &MainViewController::updateUndoActions);
+    connect(qApp, &QApplication::focusChanged, this, &MainViewController::updateUndoActions);
+    for (QLineEdit* field : findChildren<QLineEdit*>())
+        connect(field, &QLineEdit::textChanged, this, &MainViewController::updateUndoActions);
+    updateUndoActions();
+
     m_editMenu = new QMenu(tr("&Edit"), this);
+    connect(m_editMenu, &QMenu::aboutToShow, this, &MainViewController::updateUndoActions);
     m_editMenu->addAction(m_undo);
     m_editMenu->addAction(m_redo);
     m_editMenu->addSeparator();
@@ -210,6 +222,18 @@ void MainViewController::createActions()
     m_editMenu->addAction(m_paste);
     m_editMenu->addSeparator();
     m_editMenu->addAction(m_selectAll);
+}
+
+void MainViewController::updateUndoActions()
+{
+    if (const QLineEdit* field = focusedField()) {
+        m_undo->setEnabled(field->isUndoAvailable());
+        m_redo->setEnabled(field->isRedoAvailable());
+        return;
+    }
+    const QTextDocument* label = textView()->document();
+    m_undo->setEnabled(label->isUndoAvailable());
+    m_redo->setEnabled(label->isRedoAvailable());
 }
 
 template <typename FieldCommand, typename LabelCommand>

@@ -109,6 +109,7 @@ private:
     void viewDidLoad();
     void setUpAppearance();
     void createActions();
+    void updateUndoActions();
     template <typename FieldCommand, typename LabelCommand>
     QAction* makeEditAction(const QString& text, QKeySequence::StandardKey key,
                             FieldCommand fieldCommand, LabelCommand labelCommand);

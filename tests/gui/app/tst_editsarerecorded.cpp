@@ -266,6 +266,25 @@ private Q_SLOTS:
         verifyRecorded([this, before] { return recordOnDisk(m_file).outputSpacing != before; });
     }
 
+    void undoAndRedoAreOfferedOnlyWithSomethingToUndo()
+    {
+        openLabel();
+        QAction* undo = editor()->undoAction();
+        QAction* redo = editor()->redoAction();
+        QVERIFY(!undo->isEnabled());
+        QVERIFY(!redo->isEnabled());
+        QTest::keyClicks(textWidget(), QStringLiteral("Z"));
+        QVERIFY(undo->isEnabled());
+        QVERIFY(!redo->isEnabled());
+        undo->trigger();
+        QVERIFY(editor()->labelText().string().endsWith(u"\nJar"));
+        QVERIFY(!undo->isEnabled());
+        QVERIFY(redo->isEnabled());
+        redo->trigger();
+        QVERIFY(editor()->labelText().string().endsWith(u"JarZ"));
+        QVERIFY(!redo->isEnabled());
+    }
+
     void zoomIsNotAChange()
     {
         openLabel();
