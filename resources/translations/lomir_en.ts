@@ -461,8 +461,8 @@ was not understood.
         <translation>Page Set&amp;up…</translation>
     </message>
     <message>
-        <source>Print Pre&amp;view</source>
-        <translation>Print Pre&amp;view</translation>
+        <source>Print Previe&amp;w</source>
+        <translation>Print Previe&amp;w</translation>
     </message>
     <message>
         <source>&amp;Export as PDF…</source>
@@ -477,8 +477,8 @@ was not understood.
         <translation>Print &amp;Full Page…</translation>
     </message>
     <message>
-        <source>Print &amp;Calibration Page…</source>
-        <translation>Print &amp;Calibration Page…</translation>
+        <source>Print Ca&amp;libration Page…</source>
+        <translation>Print Ca&amp;libration Page…</translation>
     </message>
 </context>
 <context>

@@ -78,17 +78,18 @@ void CascadingWindowController::createMenus()
     m_saveAction = m_fileMenu->addAction(tr("&Save"));
     m_saveAction->setShortcut(QKeySequence::Save);
     m_saveAsAction = m_fileMenu->addAction(tr("Save &As…"));
-    m_saveAsAction->setShortcut(QKeySequence::SaveAs);
+    // Ctrl+Shift+S on every Linux desktop; Qt's standard key is empty on some of them.
+    m_saveAsAction->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S));
     m_revertAction = m_fileMenu->addAction(tr("Re&vert to Saved"));
     m_fileMenu->addSeparator();
     m_pageSetupAction = m_fileMenu->addAction(tr("Page Set&up…"));
-    m_printPreviewAction = m_fileMenu->addAction(tr("Print Pre&view"));
+    m_printPreviewAction = m_fileMenu->addAction(tr("Print Previe&w"));
     m_exportPdfAction = m_fileMenu->addAction(tr("&Export as PDF…"));
     m_printAction = m_fileMenu->addAction(tr("&Print…"));
     m_printAction->setShortcut(QKeySequence::Print);
     m_printFullPageAction = m_fileMenu->addAction(tr("Print &Full Page…"));
     m_printFullPageAction->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_P));
-    m_printCalibrationPageAction = m_fileMenu->addAction(tr("Print &Calibration Page…"));
+    m_printCalibrationPageAction = m_fileMenu->addAction(tr("Print Ca&libration Page…"));
     m_fileMenu->addSeparator();
     m_quitAction = m_fileMenu->addAction(tr("&Quit"));
     m_quitAction->setShortcut(QKeySequence::Quit);

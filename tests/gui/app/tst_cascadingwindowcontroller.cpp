@@ -8,6 +8,8 @@
 
 #include <QApplication>
 #include <QDialog>
+#include <QMenu>
+#include <QSet>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -218,8 +220,33 @@ private Q_SLOTS:
         QCOMPARE(window->openDocumentAction()->shortcut(), QKeySequence(QKeySequence::Open));
         QCOMPARE(window->closeAction()->shortcut(), QKeySequence(QKeySequence::Close));
         QCOMPARE(window->saveAction()->shortcut(), QKeySequence(QKeySequence::Save));
-        QCOMPARE(window->saveAsAction()->shortcut(), QKeySequence(QKeySequence::SaveAs));
+        QCOMPARE(window->saveAsAction()->shortcut(), QKeySequence(QStringLiteral("Ctrl+Shift+S")));
         QCOMPARE(window->quitAction()->shortcut(), QKeySequence(QKeySequence::Quit));
+    }
+
+    // Alt and a letter reaches one command in each menu.
+    void everyMenuHasUniqueMnemonics()
+    {
+        ScriptedUserInterface userInterface;
+        AppDelegate delegate(userInterface);
+        CascadingWindowController* window = testing::launch(delegate);
+        QVERIFY(window);
+        const QList<QMenu*> menus = window->findChildren<QMenu*>();
+        QVERIFY(menus.size() >= 4);
+        for (const QMenu* menu : menus) {
+            QSet<QChar> mnemonics;
+            for (const QAction* action : menu->actions()) {
+                const QString text = action->text();
+                const qsizetype marker = text.indexOf(u'&');
+                if (action->isSeparator() || marker < 0 || marker + 1 >= text.size())
+                    continue;
+                const QChar mnemonic = text.at(marker + 1).toLower();
+                QVERIFY2(!mnemonics.contains(mnemonic),
+                         qPrintable(menu->title() + QStringLiteral(": ") + text +
+                                    QStringLiteral(" repeats a mnemonic")));
+                mnemonics.insert(mnemonic);
+            }
+        }
     }
 };
 
