@@ -5,6 +5,7 @@
 #include "core/layout/sheetgeometry.h"
 #include "core/layout/tilingtextview.h"
 #include "core/printing/calibrationpage.h"
+#include "core/printing/exportname.h"
 #include "core/printing/pageloop.h"
 #include "core/printing/pagesetup.h"
 #include "core/printing/paper.h"
@@ -187,7 +188,7 @@ void PrintController::exportPdf()
         return;
     const QString suggested =
         QDir(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation))
-            .filePath(m_documentName() + QStringLiteral(".pdf"));
+            .filePath(pdfFileName(m_documentName()));
     const QPointer<PrintController> self(this);
     m_userInterface->askPdfPath(m_window, suggested, [self, plan](const QString& path) {
         if (!self)

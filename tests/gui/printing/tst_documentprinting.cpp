@@ -22,6 +22,7 @@
 #include <QApplication>
 #include <QDoubleSpinBox>
 #include <QFile>
+#include <QFileInfo>
 #include <QPageSize>
 #include <QPainter>
 #include <QPrinter>
@@ -102,6 +103,7 @@ public:
     // The export dialog's answer; empty cancels.
     QString exportPath;
     int exportQuestions = 0;
+    QString exportSuggested;
 
     // Page Setup: what it was shown, what the user does while it is open, and the answer.
     QList<PageSetupChoice> pageSetupShown;
@@ -126,9 +128,11 @@ public:
         answer(true);
     }
 
-    void askPdfPath(QWidget*, const QString&, std::function<void(const QString&)> answer) override
+    void askPdfPath(QWidget*, const QString& suggested,
+                    std::function<void(const QString&)> answer) override
     {
         ++exportQuestions;
+        exportSuggested = suggested;
         answer(exportPath);
     }
 
@@ -693,6 +697,11 @@ private Q_SLOTS:
             QSizeF(100.0, 50.0), numberedLabel(2), QStringLiteral("12"), QStringLiteral("0")));
         window.printing->exportPath = m_editors.filePath(QStringLiteral("labels.pdf"));
         QCOMPARE(printAndWait(window, window.opened.window->exportPdfAction()), true);
+        // The document's name, with ".pdf" in place of its own extension.
+        const QString suggested = QFileInfo(window.printing->exportSuggested).fileName();
+        QCOMPARE(suggested,
+                 QFileInfo(window.opened.window->document()->displayName()).completeBaseName() +
+                     QStringLiteral(".pdf"));
         QVERIFY(window.printing->dialogPageCounts.isEmpty());
         QCOMPARE(printCount(), qint64(1));
         verifyCopiesOnLetter(window.printing->exportPath, 12, 0, 2);
