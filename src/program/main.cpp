@@ -3,7 +3,10 @@
 #include "program/commandline.h"
 
 #include <QApplication>
+#include <QFile>
+#include <QTemporaryDir>
 #include <QTextStream>
+#include <memory>
 #include <new>
 
 namespace {
@@ -57,6 +60,15 @@ int main(int argc, char* argv[])
         // Printing lays the label out with the editor's own objects; they are widgets, made
         // on the offscreen platform so that no display is needed, whatever one there is.
         qputenv("QT_QPA_PLATFORM", "offscreen");
+        // Outside a desktop session (a shell over ssh, cron, a print server) there is no
+        // runtime folder: Qt would warn on stderr and make one in /tmp for good. The print
+        // gets a private one for its run instead.
+        std::unique_ptr<QTemporaryDir> runtimeFolder;
+        if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR")) {
+            runtimeFolder = std::make_unique<QTemporaryDir>();
+            if (runtimeFolder->isValid())
+                qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtimeFolder->path()));
+        }
         QApplication application(argc, argv);
         lomir::installTranslations(application);
         return runCommand();

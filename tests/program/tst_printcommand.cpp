@@ -491,6 +491,27 @@ private Q_SLOTS:
         QCOMPARE(settings.value(kPrintCountKey).toLongLong(), qint64(4));
     }
 
+    // Outside a desktop session there is no runtime folder: a print says nothing about it
+    // and leaves nothing behind in the temporary folder.
+    void aPrintOutsideASessionWritesNoWarning()
+    {
+        Design design{kCustomSizeTag,      QSizeF(1.5, 0.75),   false,
+                      QStringLiteral("3"), QStringLiteral("1"), 1};
+        const QString file = writeDesign(QStringLiteral("session.lomir"), design);
+        const QString pdf = path(QStringLiteral("session.pdf"));
+        const QString temporary = path(QStringLiteral("tmp"));
+        QVERIFY(QDir().mkpath(temporary));
+        QProcessEnvironment outside = environment();
+        outside.remove(QStringLiteral("XDG_RUNTIME_DIR"));
+        outside.insert(QStringLiteral("TMPDIR"), temporary);
+        const Run run = print({file, QStringLiteral("-o"), pdf}, outside);
+        QCOMPARE(run.exitCode, 0);
+        QCOMPARE(QString::fromUtf8(run.err), QString());
+        QVERIFY(QFileInfo::exists(pdf));
+        QCOMPARE(QDir(temporary).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden),
+                 QStringList());
+    }
+
     void helpNamesEveryCommandAndOption()
     {
         const Run run = runLomir({QStringLiteral("--help")});
