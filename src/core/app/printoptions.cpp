@@ -4,6 +4,7 @@
 #include "core/base/result.h"
 #include "core/base/units.h"
 #include "core/label/numberinput.h"
+#include "core/printing/pagesetup.h"
 #include "core/printing/paper.h"
 
 #include <QCoreApplication>
@@ -127,26 +128,7 @@ Result<QMarginsF> marginsFromText(const QString& text)
 
 QSizeF defaultPaperForLocale(const QLocale& locale)
 {
-    // The territories whose printers take US Letter, as the C library's locales say.
-    static constexpr std::array kLetterTerritories{
-        QLocale::UnitedStates, QLocale::Canada,           QLocale::Mexico,     QLocale::Chile,
-        QLocale::Colombia,     QLocale::CostaRica,        QLocale::Guatemala,  QLocale::Nicaragua,
-        QLocale::Panama,       QLocale::PuertoRico,       QLocale::ElSalvador, QLocale::Venezuela,
-        QLocale::Philippines,  QLocale::DominicanRepublic};
-    const bool letter = std::find(kLetterTerritories.begin(), kLetterTerritories.end(),
-                                  locale.territory()) != kLetterTerritories.end();
-    return paperSizeInPoints(letter ? QPageSize::Letter : QPageSize::A4);
-}
-
-QLocale paperLocale()
-{
-    for (const char* variable : {"LC_ALL", "LC_PAPER", "LANG"}) {
-        const QString name = qEnvironmentVariable(variable);
-        if (!name.isEmpty())
-            // "en_US.UTF-8@euro": the part before the encoding names the locale.
-            return QLocale(name.section(u'.', 0, 0).section(u'@', 0, 0));
-    }
-    return QLocale::c();
+    return paperSettings(defaultPageLayout(locale)).paper;
 }
 
 Result<PrintCommandOptions> printCommandOptions(const QStringList& arguments,

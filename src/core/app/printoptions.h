@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/base/result.h"
+#include "core/printing/pagesetup.h"
 
 #include <QLocale>
 #include <QMarginsF>
@@ -12,10 +13,6 @@
 
 namespace lomir {
 
-// The margins a print from the command line has unless told otherwise: half an inch on
-// every side, in points.
-inline constexpr double kDefaultCommandLineMargin = 36.0;
-
 // What `lomir print` is asked to do. Lengths are in points.
 struct PrintCommandOptions
 {
@@ -26,8 +23,8 @@ struct PrintCommandOptions
     std::optional<qint64> quantity;    // typed into the quantity field when given
     std::optional<qint64> serialStart; // typed into the first serial number field
     QSizeF paper;
-    QMarginsF margins{kDefaultCommandLineMargin, kDefaultCommandLineMargin,
-                      kDefaultCommandLineMargin, kDefaultCommandLineMargin};
+    QMarginsF margins{kDefaultMarginPoints, kDefaultMarginPoints, kDefaultMarginPoints,
+                      kDefaultMarginPoints};
 
     bool operator==(const PrintCommandOptions&) const = default;
 };
@@ -41,13 +38,8 @@ Result<QSizeF> paperSizeFromText(const QString& text);
 // saying what is wrong.
 Result<QMarginsF> marginsFromText(const QString& text);
 
-// The paper the locale prints on: US Letter in the Americas' Letter countries and the
-// Philippines, A4 everywhere else. In points, upright.
+// The paper of the default page layout for the locale, in points, upright.
 QSizeF defaultPaperForLocale(const QLocale& locale);
-
-// The locale that decides the paper, from the environment as the C library reads it for
-// the paper category: LC_ALL, then LC_PAPER, then LANG. The C locale when none is set.
-QLocale paperLocale();
 
 // The arguments of `lomir print` (after the word "print"), with the paper to use when
 // --paper is not given. A usage error (code kExitUsage) names what is wrong.

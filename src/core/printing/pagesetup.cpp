@@ -5,13 +5,13 @@
 #include <QPageSize>
 #include <QSettings>
 #include <QUrl>
+#include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace lomir {
 
 namespace {
-
-constexpr double kDefaultMarginPoints = 18.0;
 
 // The settings of Page Setup's last choice.
 const QString kPaperWidthKey = QStringLiteral("PageSetup/paperWidth");
@@ -66,19 +66,37 @@ bool leavesRoom(const QPageLayout& layout)
            settings.paper.height() - settings.margins.top() - settings.margins.bottom() > 0.0;
 }
 
-QPageLayout defaultPageLayout(QLocale::MeasurementSystem measurementSystem)
+QPageLayout defaultPageLayout(const QLocale& paperLocale)
 {
-    const QPageSize paper(measurementSystem == QLocale::ImperialUSSystem ? QPageSize::Letter
-                                                                         : QPageSize::A4);
+    // The territories whose printers take US Letter, as the C library's locales say.
+    static constexpr std::array kLetterTerritories{
+        QLocale::UnitedStates, QLocale::Canada,           QLocale::Mexico,     QLocale::Chile,
+        QLocale::Colombia,     QLocale::CostaRica,        QLocale::Guatemala,  QLocale::Nicaragua,
+        QLocale::Panama,       QLocale::PuertoRico,       QLocale::ElSalvador, QLocale::Venezuela,
+        QLocale::Philippines,  QLocale::DominicanRepublic};
+    const bool letter = std::find(kLetterTerritories.begin(), kLetterTerritories.end(),
+                                  paperLocale.territory()) != kLetterTerritories.end();
+    const QPageSize paper(letter ? QPageSize::Letter : QPageSize::A4);
     return QPageLayout(paper, QPageLayout::Portrait,
                        QMarginsF(kDefaultMarginPoints, kDefaultMarginPoints, kDefaultMarginPoints,
                                  kDefaultMarginPoints),
                        QPageLayout::Point);
 }
 
+QLocale paperLocale()
+{
+    for (const char* variable : {"LC_ALL", "LC_PAPER", "LANG"}) {
+        const QString name = qEnvironmentVariable(variable);
+        if (!name.isEmpty())
+            // "en_US.UTF-8@euro": the part before the encoding names the locale.
+            return QLocale(name.section(u'.', 0, 0).section(u'@', 0, 0));
+    }
+    return QLocale::c();
+}
+
 QPageLayout storedPageLayout(const QSettings& settings)
 {
-    const QPageLayout fallback = defaultPageLayout(QLocale::system().measurementSystem());
+    const QPageLayout fallback = defaultPageLayout(paperLocale());
     const std::optional<double> width = storedNumber(settings, kPaperWidthKey);
     const std::optional<double> height = storedNumber(settings, kPaperHeightKey);
     const std::optional<int> paperUnit = storedUnit(settings, kPaperUnitKey);

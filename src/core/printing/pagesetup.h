@@ -10,10 +10,18 @@ class QSettings;
 
 namespace lomir {
 
-// The paper and margins a new document prints on until the user chooses others: Letter
-// where the locale measures in US units, A4 elsewhere, upright, a quarter of an inch
-// (18 points) from every edge, about what a desktop printer cannot reach anyway.
-QPageLayout defaultPageLayout(QLocale::MeasurementSystem measurementSystem);
+// The margins of the default page layout: half an inch, in points, clear of what desktop
+// printers cannot reach on every side.
+inline constexpr double kDefaultMarginPoints = 36.0;
+
+// The paper and margins a document prints on until the user chooses others, in the window
+// and on the command line alike: US Letter where the locale's printers take it, A4
+// elsewhere, upright, kDefaultMarginPoints from every edge.
+QPageLayout defaultPageLayout(const QLocale& paperLocale);
+
+// The locale that decides the default paper: LC_ALL, LC_PAPER or LANG, as the C library
+// reads them; the C locale when none is set.
+QLocale paperLocale();
 
 // Whether the margins leave some of the paper to print on.
 bool leavesRoom(const QPageLayout& layout);

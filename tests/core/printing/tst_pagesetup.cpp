@@ -40,19 +40,22 @@ private Q_SLOTS:
 
     void theDefaultPaperFollowsTheLocale()
     {
-        const QPageLayout us = defaultPageLayout(QLocale::ImperialUSSystem);
+        // The window's default and the command line's are one: half-inch margins.
+        const QPageLayout us = defaultPageLayout(QLocale(QLocale::English, QLocale::UnitedStates));
         QCOMPARE(us.pageSize().id(), QPageSize::Letter);
-        QCOMPARE(paperSettings(us).margins, QMarginsF(18.0, 18.0, 18.0, 18.0));
+        QCOMPARE(paperSettings(us).margins, QMarginsF(36.0, 36.0, 36.0, 36.0));
         QCOMPARE(us.orientation(), QPageLayout::Portrait);
-        QCOMPARE(defaultPageLayout(QLocale::MetricSystem).pageSize().id(), QPageSize::A4);
-        QCOMPARE(defaultPageLayout(QLocale::ImperialUKSystem).pageSize().id(), QPageSize::A4);
+        QCOMPARE(defaultPageLayout(QLocale(QLocale::German, QLocale::Germany)).pageSize().id(),
+                 QPageSize::A4);
+        QCOMPARE(
+            defaultPageLayout(QLocale(QLocale::English, QLocale::UnitedKingdom)).pageSize().id(),
+            QPageSize::A4);
     }
 
     void nothingStoredGivesTheDefault()
     {
         const auto settings = freshSettings();
-        QVERIFY(storedPageLayout(*settings).isEquivalentTo(
-            defaultPageLayout(QLocale::system().measurementSystem())));
+        QVERIFY(storedPageLayout(*settings).isEquivalentTo(defaultPageLayout(paperLocale())));
     }
 
     void aStoredLayoutComesBackExactly_data()
@@ -120,8 +123,7 @@ private Q_SLOTS:
                         QPageLayout(QPageSize(QPageSize::A5), QPageLayout::Landscape,
                                     QMarginsF(10.0, 10.0, 10.0, 10.0), QPageLayout::Point));
         settings->setValue(QStringLiteral("PageSetup/") + key, value);
-        QVERIFY(storedPageLayout(*settings).isEquivalentTo(
-            defaultPageLayout(QLocale::system().measurementSystem())));
+        QVERIFY(storedPageLayout(*settings).isEquivalentTo(defaultPageLayout(paperLocale())));
     }
 
     void calibrationRanges_data()
