@@ -3,6 +3,7 @@
 #include "support/filecases.h"
 #include "support/files.h"
 #include "support/lomirprocess.h"
+#include "support/samplelabels.h"
 #include "support/sanitizers.h"
 
 #include <QDir>
@@ -17,6 +18,7 @@
 #include <unistd.h>
 
 using namespace lomir;
+using namespace lomir::testing;
 using testing::kAddressSanitizer;
 using testing::oneLine;
 using testing::readFile;
@@ -38,20 +40,6 @@ Run runLomirBounded(const QStringList& arguments)
         const rlimit oneGigabyte{rlim_t(1) << 30, rlim_t(1) << 30};
         setrlimit(RLIMIT_AS, &oneGigabyte);
     });
-}
-
-RichText label()
-{
-    TextAttributes bold;
-    bold.font =
-        FontSpec{QStringLiteral("Helvetica"), QStringLiteral("Helvetica-Bold"), 12.0, true, false};
-    bold.foreground = Rgba{255, 0, 0, 255};
-    ParagraphStyle centered;
-    centered.alignment = TextAlignment::Center;
-    bold.paragraph = centered;
-    RichText text(QStringLiteral("Fig 🍯 "), bold);
-    text.append(QStringLiteral("#\u200D#\u200D"), TextAttributes{});
-    return text;
 }
 
 // Runs a command as the user "nobody" when the test runs as root, so that file
@@ -84,7 +72,7 @@ private Q_SLOTS:
         QVERIFY(m_dir.isValid());
         QVERIFY(testing::letOthersLookIn(m_dir.path()));
         Content record;
-        record.labelText = AttributedString(label());
+        record.labelText = AttributedString(figLabel());
         record.quantity = QStringLiteral("30");
         record.serialStartFrom.reset();
         record.frameWidth = 60.5;
@@ -116,7 +104,7 @@ private Q_SLOTS:
         QVERIFY(json["frameWidth"] == 60.5);
         QVERIFY(json["frameHeight"].is_null());
         const auto& text = json["labelText"];
-        QCOMPARE(QString::fromStdString(text["string"].get<std::string>()), label().string());
+        QCOMPARE(QString::fromStdString(text["string"].get<std::string>()), figLabel().string());
         const auto& runs = text["runs"];
         QCOMPARE(int(runs.size()), 2);
         QVERIFY(runs[0]["location"] == 0);
@@ -149,7 +137,7 @@ private Q_SLOTS:
 
         QFile text(txt);
         QVERIFY(text.open(QIODevice::ReadOnly));
-        QCOMPARE(QString::fromUtf8(text.readAll()), label().string());
+        QCOMPARE(QString::fromUtf8(text.readAll()), figLabel().string());
 
         // Reading RTF fills a default record: the settings are not carried.
         const Run run = runLomir({QStringLiteral("inspect"), back});

@@ -1,6 +1,7 @@
 #include "core/document/content.h"
 #include "core/document/keyedarchive/keyedarchive.h"
 #include "support/archivebuilder.h"
+#include "support/samplelabels.h"
 
 #include <QFile>
 #include <QTest>
@@ -8,26 +9,9 @@
 #include <plist/plist.h>
 
 using namespace lomir;
+using namespace lomir::testing;
 
 namespace {
-
-RichText styledLabel()
-{
-    TextAttributes title;
-    title.font =
-        FontSpec{QStringLiteral("Helvetica"), QStringLiteral("Helvetica-Bold"), 14.0, true, false};
-    title.foreground = Rgba{10, 120, 200, 255};
-    ParagraphStyle centered;
-    centered.alignment = TextAlignment::Center;
-    title.paragraph = centered;
-    TextAttributes serial;
-    serial.font = FontSpec{QStringLiteral("Courier"), QStringLiteral("Courier"), 9.0, false, false};
-    serial.background = Rgba{255, 255, 0, 255};
-    serial.underline = LineStyle::Single;
-    RichText text(QStringLiteral("Plum jam\n"), title);
-    text.append(QStringLiteral("No. #\u200D#\u200D"), serial);
-    return text;
-}
 
 // A complete record in JSON with the given label text and extra members.
 QByteArray recordJson(const QString& labelText, const QByteArray& extra = {})
@@ -352,10 +336,10 @@ private Q_SLOTS:
     void richTextSurvivesEncodeAndDecode()
     {
         Content content;
-        content.labelText = AttributedString(styledLabel());
+        content.labelText = AttributedString(styledPlumLabel());
         const Result<Content> decoded = Content::decode(content.encode().value());
         QVERIFY(decoded.ok());
-        QCOMPARE(decoded->labelText.nsAttributedString(), styledLabel());
+        QCOMPARE(decoded->labelText.nsAttributedString(), styledPlumLabel());
     }
 
     void encodedLabelTextIsStandardBase64WithoutLineBreaks()
@@ -371,7 +355,7 @@ private Q_SLOTS:
     void fileWeWroteRoundTripsToIdenticalBytes()
     {
         Content content;
-        content.labelText = AttributedString(styledLabel());
+        content.labelText = AttributedString(styledPlumLabel());
         content.quantity = QStringLiteral("0042");
         content.serialStartFrom = QStringLiteral("");
         content.width = QStringLiteral("25.4");
@@ -436,7 +420,7 @@ private Q_SLOTS:
 
     void sharesTheTextItWasGiven()
     {
-        auto text = std::make_shared<const RichText>(styledLabel());
+        auto text = std::make_shared<const RichText>(styledPlumLabel());
         const AttributedString wrapper(text);
         QCOMPARE(&wrapper.nsAttributedString(), text.get());
     }

@@ -3,6 +3,7 @@
 #include "support/fatalstop.h"
 #include "support/files.h"
 #include "support/records.h"
+#include "support/samplelabels.h"
 
 #include <QFile>
 #include <QSignalSpy>
@@ -12,6 +13,7 @@
 #include <cstring>
 
 using namespace lomir;
+using namespace lomir::testing;
 using testing::compareRecords;
 using testing::readFile;
 using testing::writeFile;
@@ -23,19 +25,11 @@ Content defaults()
     return Content();
 }
 
-RichText boldLabel(const QString& text)
-{
-    TextAttributes bold;
-    bold.font =
-        FontSpec{QStringLiteral("Helvetica"), QStringLiteral("Helvetica-Bold"), 14.0, true, false};
-    return RichText(text, bold);
-}
-
 // A record as a file of the own type holds it after the user worked on it.
 Content storedRecord()
 {
     Content record;
-    record.labelText = AttributedString(boldLabel(QStringLiteral("Plum jam 2026")));
+    record.labelText = AttributedString(boldHelveticaLabel(QStringLiteral("Plum jam 2026")));
     record.quantity = QStringLiteral("24");
     record.serialStartFrom = QStringLiteral("100");
     record.width = QStringLiteral("50.8");
@@ -53,7 +47,7 @@ Content storedRecord()
 Content editedRecord()
 {
     Content record = storedRecord();
-    record.labelText = AttributedString(boldLabel(QStringLiteral("Quince jelly 2026")));
+    record.labelText = AttributedString(boldHelveticaLabel(QStringLiteral("Quince jelly 2026")));
     record.quantity = QStringLiteral("48");
     record.serialStartFrom.reset();
     record.magnification = 320.0;

@@ -2,35 +2,22 @@
 #include "core/document/documentformats.h"
 #include "core/document/rtf/rtf.h"
 #include "support/records.h"
+#include "support/samplelabels.h"
 
 #include <QLocale>
 #include <QTest>
 
 using namespace lomir;
+using namespace lomir::testing;
 using testing::compareSettings;
 
 namespace {
-
-RichText styledLabel()
-{
-    TextAttributes title;
-    title.font =
-        FontSpec{QStringLiteral("Helvetica"), QStringLiteral("Helvetica-Bold"), 18.0, true, false};
-    title.foreground = Rgba{200, 0, 0, 255};
-    TextAttributes body;
-    body.font = FontSpec{QStringLiteral("Times New Roman"),
-                         QStringLiteral("TimesNewRomanPS-ItalicMT"), 10.0, false, true};
-    body.underline = LineStyle::Single;
-    RichText text(QStringLiteral("Apricot\n"), title);
-    text.append(QStringLiteral("best before 2027 €"), body);
-    return text;
-}
 
 // The record the editor builds when saving: its controls, not the document's record.
 Content editedRecord()
 {
     Content record;
-    record.labelText = AttributedString(styledLabel());
+    record.labelText = AttributedString(styledApricotLabel());
     record.quantity = QStringLiteral("48");
     record.serialStartFrom = QStringLiteral("7");
     record.width = QStringLiteral("50.8");
@@ -98,7 +85,7 @@ private Q_SLOTS:
         const QByteArray data = dataOfType(saved, QString(kLomirDocumentType)).value();
         Content reopened;
         QVERIFY(readFromData(data, QString(kLomirDocumentType), reopened).ok());
-        QCOMPARE(reopened.labelText.nsAttributedString(), styledLabel());
+        QCOMPARE(reopened.labelText.nsAttributedString(), styledApricotLabel());
         compareSettings(reopened, saved);
         QCOMPARE(reopened.frameWidth, saved.frameWidth);
         QCOMPARE(reopened.frameHeight, saved.frameHeight);
@@ -136,7 +123,7 @@ private Q_SLOTS:
         QVERIFY(!read.ok());
         QCOMPARE(read.error().domain, QString(kUnreadableTextDomain));
         QCOMPARE(read.error().code, kPlainTextNotUtf8);
-        QCOMPARE(record.labelText.nsAttributedString(), styledLabel());
+        QCOMPARE(record.labelText.nsAttributedString(), styledApricotLabel());
     }
 
     void rtfKeepsFontsSizesAndStylesButNoSetting()
@@ -146,7 +133,7 @@ private Q_SLOTS:
         Content reopened;
         QVERIFY(readFromData(data, QString(kRtfType), reopened).ok());
         const RichText& text = reopened.labelText.nsAttributedString();
-        QCOMPARE(text.string(), styledLabel().string());
+        QCOMPARE(text.string(), styledApricotLabel().string());
         const TextAttributes& title = text.attributesAt(0);
         QVERIFY(title.font);
         QCOMPARE(title.font->pointSize, 18.0);
@@ -244,7 +231,7 @@ private Q_SLOTS:
         QVERIFY(!read.ok());
         QCOMPARE(read.error().code, kLabelTextTooLong);
         QCOMPARE(read.error().message, textTooLongMessage(kMaxLabelTextLength + 1));
-        QCOMPARE(kept.labelText.nsAttributedString(), styledLabel());
+        QCOMPARE(kept.labelText.nsAttributedString(), styledApricotLabel());
         compareSettings(kept, editedRecord());
     }
 
