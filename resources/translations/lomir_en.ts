@@ -551,12 +551,12 @@ was not understood.
         <translation>Strikethrough</translation>
     </message>
     <message>
-        <source>Text Colour...</source>
-        <translation>Text Colour...</translation>
+        <source>Text Color...</source>
+        <translation>Text Color...</translation>
     </message>
     <message>
-        <source>Text colour</source>
-        <translation>Text colour</translation>
+        <source>Text color</source>
+        <translation>Text color</translation>
     </message>
     <message>
         <source>Show Fonts...</source>
@@ -595,8 +595,8 @@ was not understood.
         <translation>&amp;Text</translation>
     </message>
     <message>
-        <source>Text Colour</source>
-        <translation>Text Colour</translation>
+        <source>Text Color</source>
+        <translation>Text Color</translation>
     </message>
     <message>
         <source>Font</source>
@@ -662,8 +662,8 @@ was not understood.
         <translation>The unit label sizes are shown and typed in</translation>
     </message>
     <message>
-        <source>Millimetres</source>
-        <translation>Millimetres</translation>
+        <source>Millimeters</source>
+        <translation>Millimeters</translation>
     </message>
     <message>
         <source>Inches</source>
@@ -805,8 +805,8 @@ was not understood.
         <translation>Print Calibration Page</translation>
     </message>
     <message>
-        <source>Millimetres</source>
-        <translation>Millimetres</translation>
+        <source>Millimeters</source>
+        <translation>Millimeters</translation>
     </message>
     <message>
         <source>Inches</source>
@@ -920,8 +920,8 @@ was not understood.
         <translation>PDF</translation>
     </message>
     <message>
-        <source>Calibration page for “%1”, printed moved %2 mm right and %3 mm down and scaled to %4%. Measure from the paper&apos;s left and top edges to each crosshair: it should lie as many millimetres in as its ruler says. Where the print lies too far right or down, lower these numbers in Page Setup by the difference; where it lies too far left or up, raise them. If a ruler measures longer or shorter than marked, change the scale by the same share.</source>
-        <translation>Calibration page for “%1”, printed moved %2 mm right and %3 mm down and scaled to %4%. Measure from the paper&apos;s left and top edges to each crosshair: it should lie as many millimetres in as its ruler says. Where the print lies too far right or down, lower these numbers in Page Setup by the difference; where it lies too far left or up, raise them. If a ruler measures longer or shorter than marked, change the scale by the same share.</translation>
+        <source>Calibration page for “%1”, printed moved %2 mm right and %3 mm down and scaled to %4%. Measure from the paper&apos;s left and top edges to each crosshair: it should lie as many millimeters in as its ruler says. Where the print lies too far right or down, lower these numbers in Page Setup by the difference; where it lies too far left or up, raise them. If a ruler measures longer or shorter than marked, change the scale by the same share.</source>
+        <translation>Calibration page for “%1”, printed moved %2 mm right and %3 mm down and scaled to %4%. Measure from the paper&apos;s left and top edges to each crosshair: it should lie as many millimeters in as its ruler says. Where the print lies too far right or down, lower these numbers in Page Setup by the difference; where it lies too far left or up, raise them. If a ruler measures longer or shorter than marked, change the scale by the same share.</translation>
     </message>
     <message>
         <source>The calibration page could not be printed.</source>

@@ -243,8 +243,8 @@ void FormatControls::makeStyleActions()
         m_textView->mergeCharFormat(format);
     });
 
-    m_color = new QAction(colorIcon(Qt::black), tr("Text Colour..."), this);
-    m_color->setToolTip(tr("Text colour"));
+    m_color = new QAction(colorIcon(Qt::black), tr("Text Color..."), this);
+    m_color->setToolTip(tr("Text color"));
     connect(m_color, &QAction::triggered, this, &FormatControls::chooseColor);
 }
 
@@ -365,7 +365,7 @@ void FormatControls::applySize(const QString& text)
 void FormatControls::chooseColor()
 {
     const QColor color = QColorDialog::getColor(colorOf(m_textView->currentCharFormat()), m_parent,
-                                                tr("Text Colour"));
+                                                tr("Text Color"));
     if (!color.isValid())
         return;
     QTextCharFormat format;

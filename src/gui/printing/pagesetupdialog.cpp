@@ -129,7 +129,7 @@ void PageSetupDialog::showPaper(const QPageLayout& layout)
         std::find(kUnits.begin(), kUnits.end(), layout.units()) != kUnits.end()
             ? layout.units()
             : QPageLayout::Point;
-    m_unit->addItem(tr("Millimetres"), int(QPageLayout::Millimeter));
+    m_unit->addItem(tr("Millimeters"), int(QPageLayout::Millimeter));
     m_unit->addItem(tr("Inches"), int(QPageLayout::Inch));
     m_unit->addItem(tr("Points"), int(QPageLayout::Point));
     m_unit->setCurrentIndex(m_unit->findData(int(shownUnit)));

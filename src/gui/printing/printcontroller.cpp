@@ -274,7 +274,7 @@ void PrintController::calibrationPage(const QPageLayout& layout,
             const QString caption =
                 tr("Calibration page for “%1”, printed moved %2 mm right and %3 mm down and "
                    "scaled to %4%. Measure from the paper's left and top edges to each crosshair: "
-                   "it should lie as many millimetres in as its ruler says. Where the print lies "
+                   "it should lie as many millimeters in as its ruler says. Where the print lies "
                    "too far right or down, lower these numbers in Page Setup by the difference; "
                    "where it lies too far left or up, raise them. If a ruler measures longer or "
                    "shorter than marked, change the scale by the same share.")

@@ -130,7 +130,7 @@ Result<std::vector<double>> componentsFor(plist_t dict, const char* key, std::si
 {
     plist_t node = plist_dict_get_item(dict, key);
     const Error malformed = archiveDamaged(
-        QStringLiteral("a colour has malformed \u201c%1\u201d values").arg(QLatin1String(key)));
+        QStringLiteral("a color has malformed \u201c%1\u201d values").arg(QLatin1String(key)));
     if (node == nullptr || plist_get_node_type(node) != PLIST_DATA)
         return malformed;
     std::optional<std::vector<double>> values = parseComponents(dataValue(node));
@@ -147,7 +147,7 @@ Result<ComponentSpace> readColorSpace(ArchiveObjectGraph& graph, const Object& o
         return ComponentSpace::Srgb;
     LOMIR_RETURN_IF_ERROR(graph.enter(object));
     const auto leave = qScopeGuard([&graph] { graph.leave(); });
-    LOMIR_RETURN_IF_ERROR(graph.expectClass(object, "NSColorSpace", "a colour space"));
+    LOMIR_RETURN_IF_ERROR(graph.expectClass(object, "NSColorSpace", "a color space"));
 
     Result<std::optional<qint64>> spaceId = integerFor(object.node, "NSSpaceID");
     LOMIR_RETURN_IF_ERROR(spaceId);
@@ -172,7 +172,7 @@ Result<ComponentSpace> readColorSpace(ArchiveObjectGraph& graph, const Object& o
         Result<Object> icc = graph.resolve(iccKey);
         LOMIR_RETURN_IF_ERROR(icc);
         if (!icc->isNil()) {
-            Result<QByteArray> profile = graph.readData(*icc, "a colour profile");
+            Result<QByteArray> profile = graph.readData(*icc, "a color profile");
             LOMIR_RETURN_IF_ERROR(profile);
             if (isDisplayP3Profile(profile.value()))
                 return ComponentSpace::DisplayP3;
@@ -187,7 +187,7 @@ Result<Rgba> colorFromComponents(const std::vector<double>& v, ComponentSpace sp
     if (v.size() <= 2)
         return rgbaFromFractions({v[0], v[0], v[0]}, v.size() == 2 ? v[1] : 1.0);
     if (v.size() > 4)
-        return archiveDamaged("a colour has malformed components");
+        return archiveDamaged("a color has malformed components");
     const Rgb rgb{v[0], v[1], v[2]};
     const double alpha = v.size() == 4 ? v[3] : 1.0;
     switch (space) {
@@ -216,7 +216,7 @@ Result<Rgba> colorFromComponents(const std::vector<double>& v, ComponentSpace sp
 Result<Rgba> readComponentColor(ArchiveObjectGraph& graph, plist_t color, plist_t components)
 {
     if (plist_get_node_type(components) != PLIST_DATA)
-        return archiveDamaged("a colour has malformed components");
+        return archiveDamaged("a color has malformed components");
     ComponentSpace space = ComponentSpace::Srgb;
     if (plist_t custom = plist_dict_get_item(color, "NSCustomColorSpace")) {
         Result<Object> spaceObject = graph.resolve(custom);
@@ -227,7 +227,7 @@ Result<Rgba> readComponentColor(ArchiveObjectGraph& graph, plist_t color, plist_
     }
     const auto values = parseComponents(dataValue(components));
     if (!values)
-        return archiveDamaged("a colour has malformed components");
+        return archiveDamaged("a color has malformed components");
     return colorFromComponents(*values, space);
 }
 
@@ -242,7 +242,7 @@ Result<Rgba> readNamedColor(ArchiveObjectGraph& graph, plist_t color)
             return readColor(graph, *fallbackObject);
     }
     Result<QString> name =
-        graph.readString(plist_dict_get_item(color, "NSColorName"), "a colour name");
+        graph.readString(plist_dict_get_item(color, "NSColorName"), "a color name");
     LOMIR_RETURN_IF_ERROR(name);
     return namedColor(name.value());
 }
@@ -282,7 +282,7 @@ Result<Rgba> readModelColor(ArchiveObjectGraph& graph, plist_t color, qint64 mod
         return readNamedColor(graph, color);
     default:
         return archiveDamaged(
-            QStringLiteral("a colour is in a colour space (%1) that cannot be read").arg(model));
+            QStringLiteral("a color is in a color space (%1) that cannot be read").arg(model));
     }
 }
 
@@ -292,7 +292,7 @@ Result<Rgba> readColor(ArchiveObjectGraph& graph, const Object& object)
 {
     LOMIR_RETURN_IF_ERROR(graph.enter(object));
     const auto leave = qScopeGuard([&graph] { graph.leave(); });
-    LOMIR_RETURN_IF_ERROR(graph.expectClass(object, "NSColor", "a colour"));
+    LOMIR_RETURN_IF_ERROR(graph.expectClass(object, "NSColor", "a color"));
 
     Result<std::optional<Rgba>> uiKitColor = readUIKitComponents(object.node);
     LOMIR_RETURN_IF_ERROR(uiKitColor);
@@ -302,7 +302,7 @@ Result<Rgba> readColor(ArchiveObjectGraph& graph, const Object& object)
     Result<std::optional<qint64>> model = integerFor(object.node, "NSColorSpace");
     LOMIR_RETURN_IF_ERROR(model);
     if (!*model)
-        return archiveDamaged("a colour has no colour space");
+        return archiveDamaged("a color has no color space");
     if (plist_t components = plist_dict_get_item(object.node, "NSComponents"))
         return readComponentColor(graph, object.node, components);
     return readModelColor(graph, object.node, **model);

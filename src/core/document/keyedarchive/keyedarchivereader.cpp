@@ -327,7 +327,7 @@ Result<RichText> unarchiveRichText(const QByteArray& archive)
 Result<Rgba> unarchiveColor(const QByteArray& archive)
 {
     Result<ArchiveReader> reader =
-        openWithRoot(archive, "NSColor", "a colour", kArchiveReadCorruptError);
+        openWithRoot(archive, "NSColor", "a color", kArchiveReadCorruptError);
     LOMIR_RETURN_IF_ERROR(reader);
     return reader->readColor(reader->root());
 }

@@ -73,7 +73,7 @@ private Q_SLOTS:
         QCOMPARE(info->name, QStringLiteral("UIColor"));
         QVERIFY(info->inherits("NSColor"));
         QVERIFY(info->readable());
-        QVERIFY(graph->expectClass(graph->root(), "NSColor", "a colour"));
+        QVERIFY(graph->expectClass(graph->root(), "NSColor", "a color"));
     }
 
     void hintsAreNotConsultedForAKnownClass()
@@ -95,7 +95,7 @@ private Q_SLOTS:
         const quint64 root = archive.add(ArchiveBuilder::object(mystery));
         Result<ArchiveObjectGraph> graph = ArchiveObjectGraph::open(archive.finish(root));
         QVERIFY(graph);
-        const Status checked = graph->expectClass(graph->root(), "NSColor", "a colour");
+        const Status checked = graph->expectClass(graph->root(), "NSColor", "a color");
         QVERIFY(!checked);
         QCOMPARE(checked.error().message,
                  QStringLiteral("The archive holds an object of class “XYWidget”, which Lomir "

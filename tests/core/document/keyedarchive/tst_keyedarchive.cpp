@@ -332,7 +332,7 @@ void TestKeyedArchive::classHintsStandInOnlyForUnknownClasses()
     QVERIFY(!refused.ok());
     QCOMPARE(refused.error().code, kArchiveReadCorruptError);
     QCOMPARE(refused.error().message,
-             u"The archive is damaged: where it should hold a colour, it holds an object of "
+             u"The archive is damaged: where it should hold a color, it holds an object of "
              u"class \u201cNSFont\u201d."_s);
 }
 
