@@ -195,6 +195,11 @@ void PageSetupDialog::showCalibration(const PageSetupChoice& current, const QStr
     m_scale->setSuffix(tr(" %"));
     if (printers.isEmpty() && current.printerName.isEmpty()) {
         m_printer->addItem(tr("No printer is set up"));
+        // Nothing to calibrate: the greyed-out boxes show a print left as it is.
+        const PrinterCalibration none;
+        m_horizontalOffset->setValue(none.horizontalOffsetMillimeters);
+        m_verticalOffset->setValue(none.verticalOffsetMillimeters);
+        m_scale->setValue(none.scalePercent);
         m_calibration->setEnabled(false);
     } else {
         m_printer->addItems(printers);

@@ -199,6 +199,8 @@ private Q_SLOTS:
         PageSetupDialog dialog(current, {}, storedOffice);
         show(dialog);
         QVERIFY(!dialog.findChild<QGroupBox*>()->isEnabled());
+        // The greyed-out calibration shows a print left as it is, not the smallest scale.
+        QCOMPARE(dialog.scaleBox()->value(), 100.0);
         QVERIFY(dialog.choice().printerName.isEmpty());
         QVERIFY(dialog.choice().calibrations.empty());
         QVERIFY(dialog.okButton()->isEnabled());
